@@ -1,0 +1,88 @@
+#pragma once
+// Named loggers. Each name maps to one logger; output goes to stderr at the level given by the
+// OX_LOG_LEVEL environment variable (trace, debug, info, warn, error, critical, off; default
+// info). Tests capture what the loggers write with oxlog::logCapture.
+#include "oxrefobj.h"
+#include "oxrefptr.h"
+#include "oxstring.h"
+#include "oxutils_export.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace oxlog {
+
+enum class eLevel { trace = 0, debug, info, warn, error, critical, off };
+
+/// An object that may be named in a log line (optional context of a message).
+class OX_UTILS_API iLogObj : public virtual ox::iRefObj {
+public:
+    virtual ox::string logDescription() const = 0;
+};
+
+class OX_UTILS_API logger : public ox::refObj {
+public:
+    const std::string& name() const { return mName; }
+
+    /// Writes one debug-level line: the message, tagged with source file, line and function.
+    void log_debug(const ox::string& message, const char* file, long line, const char* function,
+                   ox::refPtr<iLogObj> object = {}) const;
+    void log(eLevel level, const ox::string& message, const char* file, long line, const char* function,
+             ox::refPtr<iLogObj> object = {}) const;
+
+    /// Whether a line at this level would go anywhere; lets callers skip formatting.
+    bool shouldLog(eLevel level) const;
+
+private:
+    friend class logManager;
+    explicit logger(std::string name);
+    ~logger() override;
+    std::string mName;
+    struct impl;
+    std::unique_ptr<impl> mImpl;
+};
+
+class OX_UTILS_API logManager {
+public:
+    /// The logger of this name, created on first use. Never null.
+    static ox::refPtr<logger> getLogger(const char* name);
+};
+
+/// One captured line.
+struct capturedLine {
+    std::string loggerName;
+    eLevel level;
+    std::wstring message;
+};
+
+/// Records every line written to any logger while it lives, at every level, whatever the
+/// stderr level is. Several captures may be active at once.
+class OX_UTILS_API logCapture {
+public:
+    logCapture();
+    ~logCapture();
+    logCapture(const logCapture&) = delete;
+    logCapture& operator=(const logCapture&) = delete;
+
+    std::vector<capturedLine> lines() const;
+    /// The messages one logger wrote, in order.
+    std::vector<std::wstring> messages(const std::string& loggerName) const;
+    void clear();
+
+    struct sink;
+private:
+    std::shared_ptr<sink> mSink;
+};
+
+} // namespace oxlog
+
+/// Logs a debug line with sformat-style arguments under `loggerName`, skipping the formatting
+/// when nobody listens.
+#define OX_LOG_DEBUG(loggerName, ...)                                                              \
+    do {                                                                                           \
+        const auto oxLogger_ = ::oxlog::logManager::getLogger(loggerName);                         \
+        if (oxLogger_->shouldLog(::oxlog::eLevel::debug))                                          \
+            oxLogger_->log_debug(::ox::string::sformat(__VA_ARGS__), __FILE__, __LINE__, __func__); \
+    } while (false)
