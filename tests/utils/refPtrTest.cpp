@@ -2,7 +2,7 @@
 #include "oxrefobj.h"
 #include "oxsharedptr.h"
 
-#include "../support/assertRecorder.h"
+#include "assertRecorder.h"
 
 #include <gtest/gtest.h>
 
