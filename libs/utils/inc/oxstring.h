@@ -16,7 +16,8 @@ public:
     string(std::wstring&& s) noexcept : std::wstring(std::move(s)) {}
 
     /// printf-style formatting into a new string. On this platform "%s" takes a narrow
-    /// (char) string and "%ls" a wide one, as in the C library.
+    /// (char) string and "%ls" a wide one, as in the C library; narrow strings are read as
+    /// UTF-8 whatever the process locale is. "%n" is not supported (its argument is skipped).
     static string sformat(const wchar_t* format, ...);
     static string vsformat(const wchar_t* format, std::va_list args);
 

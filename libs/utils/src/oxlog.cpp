@@ -18,7 +18,9 @@ eLevel fromSpd(spdlog::level::level_enum level) { return static_cast<eLevel>(lev
 spdlog::level::level_enum levelFromEnvironment() {
     const char* text = std::getenv("OX_LOG_LEVEL");
     if (text == nullptr || *text == '\0') return spdlog::level::info;
-    return spdlog::level::from_str(text); // unknown names give "off" in spdlog; treat them as info
+    // spdlog answers "off" for names it does not know; only an explicit "off" means off.
+    const auto level = spdlog::level::from_str(text);
+    return (level == spdlog::level::off && std::string_view(text) != "off") ? spdlog::level::info : level;
 }
 
 } // namespace
@@ -45,7 +47,48 @@ protected:
 
 namespace {
 
-// Every logger shares one stderr sink; captures are added to all loggers, present and future.
+// The one sink every spdlog logger writes to. It forwards to stderr and to the active
+// captures. spdlog walks a logger's sink list without a lock, so that list is set once at
+// creation and never changed; captures come and go here, under this sink's own mutex.
+class fanoutSink final : public spdlog::sinks::sink {
+public:
+    explicit fanoutSink(spdlog::level::level_enum stderrLevel) : mStderr(std::make_shared<spdlog::sinks::stderr_sink_mt>()) {
+        mStderr->set_pattern("[%T.%e] [%l] [%n] %v");
+        mStderr->set_level(stderrLevel);
+    }
+
+    void log(const spdlog::details::log_msg& msg) override {
+        std::lock_guard lock(mMutex);
+        if (mStderr->should_log(msg.level)) mStderr->log(msg);
+        for (auto& capture : mCaptures) capture->log(msg);
+    }
+    void flush() override {
+        std::lock_guard lock(mMutex);
+        mStderr->flush();
+    }
+    // The stderr format is fixed above; captures keep only the message text.
+    void set_pattern(const std::string&) override {}
+    void set_formatter(std::unique_ptr<spdlog::formatter>) override {}
+
+    /// Returns the number of captures now active.
+    std::size_t add(std::shared_ptr<logCapture::sink> capture) {
+        std::lock_guard lock(mMutex);
+        mCaptures.push_back(std::move(capture));
+        return mCaptures.size();
+    }
+    std::size_t remove(const std::shared_ptr<logCapture::sink>& capture) {
+        std::lock_guard lock(mMutex);
+        std::erase(mCaptures, capture);
+        return mCaptures.size();
+    }
+    spdlog::level::level_enum stderrLevel() const { return mStderr->level(); }
+
+private:
+    std::mutex mMutex;
+    std::shared_ptr<spdlog::sinks::stderr_sink_mt> mStderr;
+    std::vector<std::shared_ptr<logCapture::sink>> mCaptures;
+};
+
 class registry {
 public:
     static registry& instance() {
@@ -64,51 +107,42 @@ public:
     }
 
     std::shared_ptr<spdlog::logger> makeSpdLogger(const std::string& name) {
-        std::lock_guard lock(mSinkMutex);
-        auto spd = std::make_shared<spdlog::logger>(name, mSinks.begin(), mSinks.end());
-        spd->set_pattern("[%T.%e] [%l] [%n] %v");
+        std::lock_guard lock(mLevelMutex);
+        auto spd = std::make_shared<spdlog::logger>(name, mFanout);
         spd->set_level(effectiveLevelLocked());
         mSpdLoggers.push_back(spd);
         return spd;
     }
 
     void addSink(const std::shared_ptr<logCapture::sink>& s) {
-        std::lock_guard lock(mSinkMutex);
-        s->set_level(spdlog::level::trace);
-        mSinks.push_back(s);
-        ++mCaptures;
+        std::lock_guard lock(mLevelMutex);
+        mCaptures = mFanout->add(s);
         refreshLocked();
     }
     void removeSink(const std::shared_ptr<logCapture::sink>& s) {
-        std::lock_guard lock(mSinkMutex);
-        std::erase(mSinks, std::static_pointer_cast<spdlog::sinks::sink>(s));
-        --mCaptures;
+        std::lock_guard lock(mLevelMutex);
+        mCaptures = mFanout->remove(s);
         refreshLocked();
     }
 
 private:
-    registry() {
-        auto err = std::make_shared<spdlog::sinks::stderr_sink_mt>();
-        mStderrLevel = levelFromEnvironment();
-        err->set_level(mStderrLevel);
-        mSinks.push_back(err);
-    }
+    registry() : mFanout(std::make_shared<fanoutSink>(levelFromEnvironment())) {}
+
     // Loggers filter before the sinks do: while a capture listens they pass everything.
-    spdlog::level::level_enum effectiveLevelLocked() const { return mCaptures > 0 ? spdlog::level::trace : mStderrLevel; }
+    spdlog::level::level_enum effectiveLevelLocked() const {
+        return mCaptures > 0 ? spdlog::level::trace : mFanout->stderrLevel();
+    }
     void refreshLocked() {
-        for (auto& spd : mSpdLoggers) {
-            spd->sinks().assign(mSinks.begin(), mSinks.end());
-            spd->set_level(effectiveLevelLocked());
-        }
+        // A logger's level is atomic in spdlog, so this is safe while other threads log.
+        for (auto& spd : mSpdLoggers) spd->set_level(effectiveLevelLocked());
     }
 
     std::mutex mMutex;
     std::map<std::string, ox::refPtr<logger>, std::less<>> mLoggers;
-    std::mutex mSinkMutex;
-    std::vector<std::shared_ptr<spdlog::sinks::sink>> mSinks;
+    std::mutex mLevelMutex;
+    std::shared_ptr<fanoutSink> mFanout;
     std::vector<std::shared_ptr<spdlog::logger>> mSpdLoggers;
-    spdlog::level::level_enum mStderrLevel = spdlog::level::info;
-    int mCaptures = 0;
+    std::size_t mCaptures = 0;
 };
 
 } // namespace

@@ -1,12 +1,18 @@
 #include "oxstring.h"
 
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
+#include <type_traits>
 #include <vector>
 
 namespace ox {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+// Upper bound of one formatted result, so a malformed format cannot allocate without end.
+constexpr std::size_t kMaxFormatted = std::size_t{1} << 24;
 
 // Decodes one UTF-8 sequence starting at s[i]; advances i past it.
 char32_t decodeUtf8(std::string_view s, std::size_t& i) {
@@ -46,6 +52,48 @@ void appendUtf8(std::string& out, char32_t cp) {
     }
 }
 
+// Formats one conversion with the C library, growing the buffer until it fits.
+struct formatPiece {
+    string& out;
+    const int* stars;
+    int starCount;
+
+    template <class T>
+    void operator()(const std::wstring& spec, T value) const {
+        std::vector<wchar_t> buffer(128);
+        for (;;) {
+            errno = 0;
+            int written = -1;
+            if (starCount == 0) written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), value);
+            else if (starCount == 1) written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], value);
+            else written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], stars[1], value);
+            if (written >= 0 && static_cast<std::size_t>(written) < buffer.size()) {
+                out.append(buffer.data(), static_cast<std::size_t>(written));
+                return;
+            }
+            // vswprintf reports "too small" and "cannot convert" alike; only the first is worth a retry.
+            if (errno == EILSEQ || buffer.size() >= kMaxFormatted) return;
+            buffer.resize(buffer.size() * 4);
+        }
+    }
+};
+
+// The whole format in one call to the C library (used for positional arguments).
+string formatWhole(const wchar_t* format, std::va_list args) {
+    std::vector<wchar_t> buffer(256);
+    for (;;) {
+        std::va_list copy;
+        va_copy(copy, args);
+        errno = 0;
+        const int written = std::vswprintf(buffer.data(), buffer.size(), format, copy);
+        va_end(copy);
+        if (written >= 0 && static_cast<std::size_t>(written) < buffer.size())
+            return string(buffer.data(), static_cast<std::size_t>(written));
+        if (errno == EILSEQ || buffer.size() >= kMaxFormatted) return {};
+        buffer.resize(buffer.size() * 4);
+    }
+}
+
 } // namespace
 
 string string::sformat(const wchar_t* format, ...) {
@@ -58,18 +106,144 @@ string string::sformat(const wchar_t* format, ...) {
 
 string string::vsformat(const wchar_t* format, std::va_list args) {
     if (format == nullptr) return {};
-    // vswprintf cannot report the length it needs, so grow until the text fits.
-    std::vector<wchar_t> buffer(256);
-    for (;;) {
-        std::va_list copy;
-        va_copy(copy, args);
-        const int written = std::vswprintf(buffer.data(), buffer.size(), format, copy);
-        va_end(copy);
-        if (written >= 0 && static_cast<std::size_t>(written) < buffer.size())
-            return string(buffer.data(), static_cast<std::size_t>(written));
-        if (buffer.size() >= (std::size_t{1} << 24)) return {}; // malformed format or absurd size
-        buffer.resize(buffer.size() * 4);
+    // Positional arguments ("%1$d") cannot be taken apart one conversion at a time.
+    if (std::wcschr(format, L'$') != nullptr) return formatWhole(format, args);
+
+    // The C library converts narrow "%s" arguments with the current locale, which fails on
+    // any non-ASCII byte in the default "C" locale and leaves nothing. Walk the format and
+    // hand narrow strings over as UTF-8 decoded wide strings instead.
+    std::va_list ap;
+    va_copy(ap, args);
+    string out;
+    const wchar_t* p = format;
+    while (*p != L'\0') {
+        if (*p != L'%') {
+            const wchar_t* next = std::wcschr(p, L'%');
+            const std::size_t n = next ? static_cast<std::size_t>(next - p) : std::wcslen(p);
+            out.append(p, n);
+            p += n;
+            continue;
+        }
+        const wchar_t* start = p++;
+        if (*p == L'%') {
+            out += L'%';
+            ++p;
+            continue;
+        }
+        while (*p != L'\0' && std::wcschr(L"-+ #0'", *p) != nullptr) ++p;
+        int stars[2] = {0, 0};
+        int starCount = 0;
+        if (*p == L'*') {
+            stars[starCount++] = va_arg(ap, int);
+            ++p;
+        } else {
+            while (*p >= L'0' && *p <= L'9') ++p;
+        }
+        int precision = -1;
+        if (*p == L'.') {
+            ++p;
+            if (*p == L'*') {
+                precision = va_arg(ap, int);
+                stars[starCount++] = precision;
+                ++p;
+            } else {
+                precision = 0;
+                while (*p >= L'0' && *p <= L'9') precision = precision * 10 + (*p++ - L'0');
+            }
+        }
+        enum class len { none, hh, h, l, ll, L, j, z, t } length = len::none;
+        const wchar_t* lengthStart = p;
+        switch (*p) {
+        case L'h': length = (p[1] == L'h') ? len::hh : len::h; p += (length == len::hh) ? 2 : 1; break;
+        case L'l': length = (p[1] == L'l') ? len::ll : len::l; p += (length == len::ll) ? 2 : 1; break;
+        case L'q': length = len::ll; ++p; break;
+        case L'L': length = len::L; ++p; break;
+        case L'j': length = len::j; ++p; break;
+        case L'z': length = len::z; ++p; break;
+        case L't': length = len::t; ++p; break;
+        default: break;
+        }
+        const wchar_t conversion = *p;
+        if (conversion == L'\0') { // a dangling '%' at the end stays as written
+            out.append(start);
+            break;
+        }
+        ++p;
+        const std::wstring spec(start, p);
+        // The same conversion with the length modifier replaced, for narrow arguments passed on wide.
+        const auto wideSpec = [&](wchar_t newConversion) {
+            return std::wstring(start, lengthStart) + L'l' + newConversion;
+        };
+        const formatPiece piece{out, stars, starCount};
+        switch (conversion) {
+        case L'd':
+        case L'i':
+            switch (length) {
+            case len::l: piece(spec, va_arg(ap, long)); break;
+            case len::ll: piece(spec, va_arg(ap, long long)); break;
+            case len::j: piece(spec, va_arg(ap, std::intmax_t)); break;
+            case len::z: piece(spec, va_arg(ap, std::make_signed_t<std::size_t>)); break;
+            case len::t: piece(spec, va_arg(ap, std::ptrdiff_t)); break;
+            default: piece(spec, va_arg(ap, int)); break;
+            }
+            break;
+        case L'u':
+        case L'o':
+        case L'x':
+        case L'X':
+            switch (length) {
+            case len::l: piece(spec, va_arg(ap, unsigned long)); break;
+            case len::ll: piece(spec, va_arg(ap, unsigned long long)); break;
+            case len::j: piece(spec, va_arg(ap, std::uintmax_t)); break;
+            case len::z: piece(spec, va_arg(ap, std::size_t)); break;
+            case len::t: piece(spec, va_arg(ap, std::make_unsigned_t<std::ptrdiff_t>)); break;
+            default: piece(spec, va_arg(ap, unsigned int)); break;
+            }
+            break;
+        case L'e': case L'E': case L'f': case L'F': case L'g': case L'G': case L'a': case L'A':
+            if (length == len::L) piece(spec, va_arg(ap, long double));
+            else piece(spec, va_arg(ap, double));
+            break;
+        case L'c':
+        case L'C':
+            if (length == len::l || conversion == L'C') {
+                piece(spec, va_arg(ap, std::wint_t));
+            } else {
+                // A lone byte is only a character when it is ASCII.
+                const int c = va_arg(ap, int);
+                piece(wideSpec(L'c'), static_cast<std::wint_t>((c & 0xFF) < 0x80 ? (c & 0xFF) : kReplacement));
+            }
+            break;
+        case L's':
+        case L'S':
+            if (length == len::l || conversion == L'S') {
+                piece(spec, va_arg(ap, const wchar_t*));
+            } else {
+                const char* narrow = va_arg(ap, const char*);
+                if (narrow == nullptr) {
+                    piece(spec, "(null)"); // ASCII only, safe for the C library in any locale
+                } else {
+                    // A precision limits the bytes read: the argument need not be terminated.
+                    const std::size_t bytes = precision >= 0 ? strnlen(narrow, static_cast<std::size_t>(precision))
+                                                             : std::strlen(narrow);
+                    const string wide = fromMBCtoWC(std::string_view(narrow, bytes));
+                    piece(wideSpec(L's'), wide.c_str());
+                }
+            }
+            break;
+        case L'p':
+            piece(spec, va_arg(ap, void*));
+            break;
+        case L'n':
+            (void)va_arg(ap, void*); // writing through caller pointers is not supported
+            break;
+        default: // unknown conversion: keep the text, consume nothing
+            out.append(spec);
+            break;
+        }
     }
+    va_end(ap);
+    return out;
 }
 
 string string::fromMBCtoWC(const char* multibyte) {
