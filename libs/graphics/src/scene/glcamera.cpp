@@ -105,7 +105,7 @@ void glCamera::setAngles(float azimuth, float elevation, float twist) {
 void glCamera::clone(iSavedView** out) const {
     if (out == nullptr) return;
     auto* copy = new glCamera(*this);
-    copy->iSavedView::addRef();
+    copy->addRef(); // the caller's reference
     *out = copy;
 }
 
