@@ -19,7 +19,7 @@ namespace oxGraphics::openGL {
 /// the host may draw. Every field is guarded by one mutex; applyModelView and the scene read a
 /// consistent copy through modelState(). The reference-returning getters are for the thread that
 /// owns the view.
-class glCamera final : public iCamera, public iSavedView, public ox::refObj {
+class OX_GRAPHICS_API glCamera final : public iCamera, public iSavedView, public ox::refObj {
 public:
     glCamera();
     glCamera(const glCamera& other);
