@@ -234,4 +234,25 @@ void glCamera::normalize() {
     mRotation = mRotation.norm();
 }
 
+oxGeo::vector3d translationKeepingPivot(const cameraModelState_t& state, const oxGeo::quaternion& from,
+                                        const oxGeo::quaternion& to, const oxGeo::point3d& pivot) {
+    // The model transform maps p to t + S·R·p; keep that image of the pivot where it was.
+    const oxGeo::vector3d p(pivot);
+    const oxGeo::vector3d shift = from.rotate(p) - to.rotate(p);
+    return state.translation +
+           oxGeo::vector3d(state.scale.x() * shift.x(), state.scale.y() * shift.y(), state.scale.z() * shift.z());
+}
+
+cameraModelState_t interpolateModelState(const cameraModelState_t& from, const cameraModelState_t& to, double f) {
+    if (f >= 1.0) return to;
+    f = std::max(f, 0.0);
+    // q and -q are the same rotation: blend towards the one on the near side.
+    const oxGeo::quaternion target = from.rotation.dot(to.rotation) < 0.0 ? to.rotation * -1.0 : to.rotation;
+    cameraModelState_t result;
+    result.rotation = (from.rotation * (1.0 - f) + target * f).norm();
+    result.translation = from.translation * (1.0 - f) + to.translation * f;
+    result.scale = from.scale * (1.0 - f) + to.scale * f;
+    return result;
+}
+
 } // namespace oxGraphics::openGL

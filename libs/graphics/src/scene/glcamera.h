@@ -1,5 +1,6 @@
 #pragma once
 #include "oxcamera.h"
+#include "oxscenetypes.h"
 
 #include "oxgeomatrix.h"
 
@@ -55,11 +56,7 @@ public:
     void setLookAt(const oxGeo::point3d& eye, const oxGeo::vector3d& centre, const oxGeo::vector3d& up);
 
     /// Rotation, translation and scale read together under the lock.
-    struct modelState_t {
-        oxGeo::quaternion rotation;
-        oxGeo::vector3d translation;
-        oxGeo::vector3d scale;
-    };
+    using modelState_t = cameraModelState_t;
     modelState_t modelState() const;
     void setModelState(const modelState_t& state);
 
@@ -97,5 +94,15 @@ private:
     oxGeo::vector3d mTranslation;
     oxGeo::vector3d mScale;
 };
+
+/// The translation that keeps `pivot` at the same place on screen when the model rotation of
+/// `state` changes from `from` to `to` (the view after the model transform is unchanged).
+OX_GRAPHICS_API oxGeo::vector3d translationKeepingPivot(const cameraModelState_t& state, const oxGeo::quaternion& from,
+                                                        const oxGeo::quaternion& to, const oxGeo::point3d& pivot);
+
+/// Rotation, translation and scale interpolated at f in [0, 1] (rotation along the shorter
+/// way, normalised); f >= 1 gives `to` exactly.
+OX_GRAPHICS_API cameraModelState_t interpolateModelState(const cameraModelState_t& from, const cameraModelState_t& to,
+                                                         double f);
 
 } // namespace oxGraphics::openGL

@@ -1,0 +1,277 @@
+#pragma once
+// oxGraphics::scene: one 3D view of a host application.
+//
+//     auto context = oxGraphics::openGL::adoptCurrentContext();   // or createHeadlessContext()
+//     auto view = oxGraphics::scene::create(context, /*presentToWindow*/ true, /*smoothView*/ true);
+//     view->initGfxApiState();
+//     view->resize(width, height, 100.0, 0, 0, 0, 0);
+//     view->initFBOWithMultiSampling(width, height);
+//     view->add(ox::refPtr<oxGraphics::iDrawable>(oxGraphics::meshEntity::create(mesh)));
+//     // per frame:
+//     view->setupForPainting(); view->renderBefore(); view->draw(); view->renderAfter();
+//
+// Every operation first makes the scene's context current on the calling thread and silently
+// does nothing when that fails (the window is gone). Operations that change what is shown fire
+// kEventSceneChanged (1000) to the observers; the host repaints in response.
+//
+// Window positions are pixels with y counted downwards from the top, as mouse positions are.
+#include "oxgraphics_export.h"
+
+#include "oxcamera.h"
+#include "oxdrawable.h"
+#include "oxglcontext.h"
+#include "oxscenetypes.h"
+
+#include "oxcolor.h"
+#include "oxgeoboundbox.h"
+#include "oxgeomatrix.h"
+#include "oxgeopoint.h"
+#include "oxgeoquaternion.h"
+#include "oxgeoray.h"
+#include "oxgeovector.h"
+#include "oxobservable.h"
+#include "oxrefobj.h"
+#include "oxrefptr.h"
+#include "oxthread.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace oxGraphics {
+
+class iScene;
+
+class OX_GRAPHICS_API scene : public ox::refObj, public ox::observable {
+public:
+    /// A scene drawing into `context`. `presentToWindow`: frames end with a buffer swap (a window);
+    /// false for an offscreen scene read back with writeToBuffer. `smoothViewEnabled`: animated
+    /// view changes run on a worker thread; otherwise they run to the end on the calling thread.
+    /// Empty when the context is empty.
+    static ox::refPtr<scene> create(const ox::refPtr<iGlContext>& context, bool presentToWindow,
+                                    bool smoothViewEnabled);
+#if defined(_WIN32)
+    /// The Windows form: the window's device context (HDC) and rendering context (HGLRC).
+    static ox::refPtr<scene> create(void* deviceContext, void* renderContext, bool implFlag, bool smoothViewEnabled);
+#endif
+
+    // --- content ---------------------------------------------------------------------------
+    /// Adds the drawable; one that is also an iBoundBoxProvider takes part in zoomAll.
+    void add(const ox::refPtr<iDrawable>& drawable);
+    /// Removes the drawable; `forget` also drops it from the selection and modify-enabled sets.
+    void remove(const ox::refPtr<iDrawable>& drawable, bool forget);
+    virtual void clear();
+    void regenerate();
+    void addToSelection(const ox::refPtr<iDrawable>& drawable);
+    void removeFromSelection(const ox::refPtr<iDrawable>& drawable);
+    void clearSelection();
+    bool isSelected(const ox::refPtr<iDrawable>& drawable) const;
+    void addToModifyEnabled(const ox::refPtr<iDrawable>& drawable);
+    void removeFromModifyEnabled(const ox::refPtr<iDrawable>& drawable);
+    bool isModifyEnabled(const ox::refPtr<iDrawable>& drawable) const;
+
+    // --- appearance ------------------------------------------------------------------------
+    /// Sets every colour slot whose bit (eColorId) is set in `colorIds`; bits above 32 are ignored.
+    void setColor(const ox::rgbColor& color, unsigned int colorIds);
+    ox::rgbColor color(eColorId slot) const;
+    void setUseBackgroundImage(bool use, unsigned char* pixels, int width, int height, int format);
+    void setTempBackgroundImage(bool use, unsigned char* pixels, int width, int height, int format);
+    bool tempBackgroundImageUsed() const;
+    void setBackgroundImageSizing(int sizing);
+    void setBackgroundImageAlignment(int alignment);
+    void setBackgroundImageTrans(double transparency);
+    void setUseTransparentBackground(bool use);
+
+    // --- targets and frames ----------------------------------------------------------------
+    void setMultisamples(int samples);
+    int multisamples() const;
+    void initFBOWithMultiSampling(int width, int height);
+    void refreshFBOWithMultiSampling(int width, int height);
+    void refreshFBOWithMultiSampling();
+    void initGfxApiState();
+    void setupForPainting(int width, int height);
+    void setupForPainting();
+    void renderBefore();
+    virtual void draw() const;
+    void renderAfter();
+    void setRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2);
+    void drawRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2);
+    bool clearRubberRect();
+    /// BGRA bytes of the current image, bottom row first; the caller frees them with delete[].
+    char* writeToBuffer() const;
+    /// While disabled, draw() returns at once without touching OpenGL. No event either way.
+    void setSceneUpdateEnabled(bool enabled);
+    bool sceneUpdateEnabled() const;
+    /// Fires kEventSceneChanged and nothing else: call it after changing a drawable in place.
+    void fireSceneInvalid();
+
+    // --- camera and viewport ---------------------------------------------------------------
+    ox::refPtr<iCamera> camera() const;
+    void resize(int width, int height, double viewSize, int offsetFocusBeginWidth, int offsetFocusBeginHeight,
+                int offsetFocusEndWidth, int offsetFocusEndHeight);
+    void resizeOffset(int offsetFocusBeginWidth, int offsetFocusBeginHeight, int offsetFocusEndWidth,
+                      int offsetFocusEndHeight);
+    int viewportWidth() const;
+    int viewportHeight() const;
+    int offsetFocusBeginWidth() const;
+    int offsetFocusBeginHeight() const;
+    int offsetFocusEndWidth() const;
+    int offsetFocusEndHeight() const;
+    /// The world size the shorter window side spans (the zoom).
+    double viewSize() const;
+    /// A new copy of the camera in *out (an existing *out is released first); no event.
+    void saveView(iSavedView** out);
+    /// Copies a saved view back into the camera; no event (call fireSceneInvalid).
+    void restoreView(iSavedView* view);
+    /// Switches the camera between look-at mode and the planar angles mode.
+    void setCameraAnglesMode(bool anglesMode);
+
+    // --- interaction -----------------------------------------------------------------------
+    /// Pans so that the world point under (x1, y1) follows the pointer to (x2, y2).
+    void moveCamera(int x1, int y1, int x2, int y2);
+    /// Turns the view for a pointer drag like a trackball: a horizontal drag turns about the
+    /// screen's vertical axis, a vertical drag about its horizontal axis, 180° per window height.
+    /// The first form turns about the point under the centre of the usable view area, the
+    /// second about `pivot`; the pivot keeps its window position.
+    void rotateCamera(int x1, int y1, int x2, int y2);
+    void rotateCamera(int x1, int y1, int x2, int y2, const oxGeo::point3d& pivot);
+    /// Zooms so that the window rectangle fills the usable view area.
+    void zoom(int x1, int y1, int x2, int y2);
+    /// Zooms by `factor` (> 1 magnifies) about window point (x, y), which keeps its world point.
+    void zoomDynamic(int x, int y, double factor);
+    /// One wheel step (factor 1.25) about window point (x, y), which keeps its world point.
+    void zoomWheel(int x, int y, bool zoomIn);
+    /// The viewing ray through window pixel (x, y), starting in front of everything.
+    void getViewRayAt(int x, int y, oxGeo::ray3d& out) const;
+    /// The view direction (into the screen) and the screen's up direction in world space; x and
+    /// y are not used (the projection is orthographic).
+    void getViewVectors(int x, int y, oxGeo::vector3d& viewDirection, oxGeo::vector3d& upDirection) const;
+    /// Window pixels (y down) of a world point.
+    oxGeo::point2d worldToWinCoordinates(const oxGeo::point3d& world) const;
+
+    // --- fitting (boxes come from the drawables that are iBoundBoxProviders) ----------------
+    /// Frames every bounding-box provider in the usable view area, keeping the view direction.
+    void zoomAll();
+    /// Frames `box`.
+    void zoomTo(const oxGeo::boundBox3d& box);
+    /// Frames the selected bounding-box providers; nothing when none is selected.
+    void zoomSelected();
+    /// Shows twice the area about the usable view centre.
+    void zoomOut();
+    /// Pans so that the centre of all providers' boxes lands in the usable view centre; no zoom.
+    void translateToCentered();
+    /// Pans by the least distance that brings the providers' box inside the usable view area
+    /// (centres it when it is larger); no zoom.
+    void translateToMinDist();
+    /// The world point in the centre of the usable view area, on the plane through the centre
+    /// of the providers' boxes (through the origin when there are none) facing the viewer.
+    oxGeo::point3d currentViewCentre() const;
+    /// The scene facade's own box: always empty; fitting uses the drawables' boxes.
+    virtual oxGeo::boundBox3d boundingBox() const;
+
+    // --- picking ---------------------------------------------------------------------------
+    /// The topmost drawable in the square of half size `hsize` about (px, py), or null.
+    void pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox::refPtr<ox::iRefObj>& result) const;
+    /// Every drawable hit in the rectangle, nearest first, each once.
+    std::vector<ox::refPtr<iDrawable>> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
+                                                        unsigned int y2) const;
+    /// The nearest drawable in the rectangle and the world point on its surface under the
+    /// rectangle's centre; false when nothing is there.
+    bool pickSelectGetFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                          ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) const;
+    bool getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                oxGeo::point3d& point) const;
+    /// Run-time type names (typeid(...).name()) preferred by pickSelect within its depth tolerance.
+    void setPreferredPickTypes(const std::vector<std::string>& typeNames);
+    /// The rectangle selection behind every pick: all hits, in the driver's order.
+    std::vector<pickHit_t> pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) const;
+
+    // --- view corrections and standard views ----------------------------------------------
+    void setViewPreceding(const oxGeo::vector3d& axis, double angleDeg);
+    const oxGeo::vector3d& viewPrecedingAxis() const;
+    double viewPrecedingAngle() const;
+    void setViewOrientation(const oxGeo::vector3d& axis, double angleDeg);
+    const oxGeo::vector3d& viewOrientationAxis() const;
+    double viewOrientationAngle() const;
+    /// Rp · Ro: the preceding and the orientation rotations about the origin (identity for a
+    /// zero axis).
+    oxGeo::matrix3d addViewMatrix() const;
+
+    /// Standard views. `model` is the orientation of the model being looked at, `pivot` the world
+    /// point that keeps its window position. With `animate` the view turns in 15 eased steps
+    /// (kEventViewChanged each), on a worker thread when the scene was made with smooth view;
+    /// requests that arrive meanwhile are queued and replayed in order.
+    void setFrontView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setBackView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setLeftView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setRightView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setFrontLeftView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setFrontRightView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setBackLeftView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    void setBackRightView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot);
+    /// Top and bottom: `screenUp` is the model direction (its x and y are used) that should point
+    /// up on the screen; a zero xy part means +Y.
+    void setTopView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot,
+                    const oxGeo::vector3d& screenUp);
+    void setBottomView(bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot,
+                       const oxGeo::vector3d& screenUp);
+    /// Looks along the direction (x, y, z) (into the screen), keeping world +Z as far up as possible.
+    void setCustomViewDirection(double x, double y, double z, bool animate, const oxGeo::point3d& pivot);
+    /// True while a transfer thread exists and has not finished.
+    bool smoothViewActive() const;
+    bool isInFrontView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+    bool isInBackView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+    bool isInLeftView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+    bool isInRightView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+    bool isInTopView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+    bool isInBottomView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
+
+    /// The renderer behind the facade (for glFrameBuffer and the library's own classes).
+    const ox::refPtr<iScene>& implementation() const { return mImplementation; }
+
+protected:
+    scene(const ox::refPtr<iGlContext>& context, bool presentToWindow, bool smoothViewEnabled);
+    ~scene() override;
+
+private:
+    enum class eViewSetter { front, back, left, right, frontLeft, frontRight, backLeft, backRight, top, bottom, custom };
+    /// A view request that arrived while a transfer ran; replayed afterwards.
+    struct viewRequest_t {
+        eViewSetter setter;
+        bool animate;
+        oxGeo::matrix3d model;
+        oxGeo::point3d pivot;
+        oxGeo::vector3d extra;     // top/bottom: screen up; custom: the direction
+        oxGeo::boundBox3d box;     // reserved for fitting requests
+    };
+    void fireSceneChanged();
+    void setStandardView(eViewSetter setter, bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot,
+                         const oxGeo::vector3d& extra);
+    void smoothViewTransfer(const oxGeo::quaternion& q, const oxGeo::vector3d& translation,
+                            const oxGeo::vector3d& scale, const oxGeo::point3d& pivot);
+    void runTransferSteps();
+    void translateBackToPivotPoint(const oxGeo::quaternion& from, const oxGeo::quaternion& to,
+                                   const oxGeo::point3d& pivot);
+    bool transferRunning() const;
+    bool isInView(eViewSetter view, const oxGeo::matrix3d& model) const;
+    oxGeo::boundBox3d providersBox(bool selectedOnly) const;
+    static int transferThreadMain(void* self);
+    static void onTransferFinished(ox::thread* thread, void* self);
+
+    ox::refPtr<iScene> mImplementation;
+    oxGeo::vector3d mPrecedingAxis{0.0, 0.0, 1.0};
+    double mPrecedingAngle = 0.0;
+    const bool mSmoothViewEnabled;
+    ox::refPtr<ox::thread> mTransferThread;
+    mutable ox::mutex mTransferLock;  // guards the targets, the queue and the thread member
+    oxGeo::quaternion mTargetRotation;
+    oxGeo::vector3d mTargetTranslation;
+    oxGeo::vector3d mTargetScale{1.0, 1.0, 1.0};
+    oxGeo::point3d mTargetPivot;
+    std::deque<viewRequest_t> mRequestQueue;
+    oxGeo::vector3d mOrientationAxis{0.0, 0.0, 1.0};
+    double mOrientationAngle = 0.0;
+    bool mSceneUpdateEnabled = true;
+};
+
+} // namespace oxGraphics

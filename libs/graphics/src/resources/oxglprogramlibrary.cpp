@@ -1,0 +1,136 @@
+#include "oxglprogramlibrary.h"
+
+#include "oxbuiltinshaders.h"
+#include "oxglshader.h"
+#include "oxlog.h"
+
+#include <algorithm>
+
+namespace oxGraphics::openGL {
+
+namespace {
+
+constexpr const char* kLoggerName = "oxGraphics::openGL::glProgramLibrary::program";
+
+struct programRecipe {
+    const char* name;
+    std::vector<std::pair<ePipelineStage, const char*>> stages;
+};
+
+// Every program of the library with the source files of its stages, in link order.
+const std::vector<programRecipe>& recipes() {
+    static const std::vector<programRecipe> table = {
+        {"texturedScreenQuadShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"},
+          {ePipelineStage::fragment, "texturedScreenQuad.frag.glsl"}}},
+        {"standardLightingShaderProgram",
+         {{ePipelineStage::vertex, "standardLighting.vert.glsl"},
+          {ePipelineStage::fragment, "standardLighting.frag.glsl"}}},
+    };
+    return table;
+}
+} // namespace
+
+glProgramLibrary::glProgramLibrary(const ox::directory& shaderDirectory) : mShaderDirectory(shaderDirectory) {}
+
+glProgramLibrary::~glProgramLibrary() = default;
+
+glProgramLibrary& glProgramLibrary::instance() {
+    // Never destroyed: at process exit the programs' context may already be gone.
+    static auto* library = new glProgramLibrary(defaultShaderDirectory());
+    return *library;
+}
+
+ox::directory glProgramLibrary::defaultShaderDirectory() {
+    ox::directory moduleDirectory;
+    if (!ox::getModulePath(L"OxGraphics", moduleDirectory)) return {};
+    return moduleDirectory.parent().append(L"config").append(L"shaders");
+}
+
+std::vector<std::string> glProgramLibrary::programNames() {
+    std::vector<std::string> names;
+    for (const programRecipe& recipe : recipes()) names.emplace_back(recipe.name);
+    return names;
+}
+
+bool glProgramLibrary::builtinSource(const std::string& fileName, std::string& source) {
+    for (const builtinShader_t& shader : builtinShaders())
+        if (fileName == shader.fileName) {
+            source.assign(shader.source, shader.size);
+            return true;
+        }
+    source.clear();
+    return false;
+}
+
+std::shared_ptr<shaderProgram> glProgramLibrary::program(const std::string& name) {
+    if (!glShaderProgram::areGlShadersEnabledGlobally()) return {};
+
+    const auto recipe = std::find_if(recipes().begin(), recipes().end(),
+                                     [&](const programRecipe& r) { return name == r.name; });
+    if (recipe == recipes().end()) {
+        OX_LOG_DEBUG(kLoggerName, L"unknown shader program \"%s\"", name.c_str());
+        return {};
+    }
+
+    std::lock_guard lock(mMutex);
+    const auto known = mPrograms.find(name);
+    if (known != mPrograms.end()) return known->second;
+    return mPrograms[name] = build(name, recipe->stages);
+}
+
+std::shared_ptr<shaderStage> glProgramLibrary::compileStage(ePipelineStage stage, const char* fileName, bool allowFile,
+                                                           bool& fromFile) {
+    fromFile = false;
+    if (allowFile && !mShaderDirectory.path().empty()) {
+        const ox::file installed(mShaderDirectory, ox::string::fromMBCtoWC(fileName));
+        if (installed.exists()) {
+            if (auto compiled = glShaderStageObject::createShaderFromFile(stage, installed.path())) {
+                fromFile = true;
+                return compiled;
+            }
+            OX_LOG_DEBUG(kLoggerName, L"shader file %ls is empty, unreadable or does not compile; using the built-in copy",
+                         installed.path().c_str());
+        }
+    }
+    std::string text;
+    if (!builtinSource(fileName, text)) {
+        OX_LOG_DEBUG(kLoggerName, L"no source for shader %s", fileName);
+        return {};
+    }
+    return glShaderStageObject::createShaderFromString(stage, text);
+}
+
+std::shared_ptr<shaderProgram> glProgramLibrary::build(const std::string& name, const stageFiles& sources) {
+    for (const bool allowFiles : {true, false}) {
+        // The stages live until the program is linked; the program does not keep them.
+        std::vector<std::shared_ptr<shaderStage>> stages;
+        std::vector<shaderStage*> stagePointers;
+        bool anyFromFile = false;
+        for (const auto& [pipelineStage, fileName] : sources) {
+            bool fromFile = false;
+            auto stage = compileStage(pipelineStage, fileName, allowFiles, fromFile);
+            anyFromFile = anyFromFile || fromFile;
+            if (!stage) break;
+            stagePointers.push_back(stage.get());
+            stages.push_back(std::move(stage));
+        }
+        if (stages.size() == sources.size()) {
+            auto program = std::make_shared<glShaderProgram>(stagePointers);
+            if (program->handle() != 0) {
+                program->setName(ox::string::fromMBCtoWC(name));
+                return program;
+            }
+        }
+        // A built-in copy that fails fails again: only a file can make a second try worthwhile.
+        if (!anyFromFile) break;
+        OX_LOG_DEBUG(kLoggerName, L"shader program %s does not build from the installed shader files; using the built-in copies",
+                     name.c_str());
+    }
+    OX_LOG_DEBUG(kLoggerName, L"shader program %s could not be built", name.c_str());
+    return {};
+}
+
+std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name) { return glProgramLibrary::instance().program(name); }
+
+} // namespace oxGraphics::openGL

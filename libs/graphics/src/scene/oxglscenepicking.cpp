@@ -1,0 +1,137 @@
+// glScene: picking with OpenGL selection mode.
+#include "oxglscene.h"
+
+#include "drawing/glselectdrawer.h"
+
+#include <GL/glew.h>
+#include <GL/glu.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+
+namespace oxGraphics::openGL {
+namespace {
+
+constexpr GLsizei kSelectionBufferSize = 65535;
+constexpr GLuint kNoName = 0xFFFFFFFFu;
+
+// One selection buffer for the process: GL keeps its address until the selection ends, so two
+// selections must never overlap.
+struct selectionBuffer_t {
+    std::mutex mutex;
+    GLuint words[kSelectionBufferSize];
+};
+selectionBuffer_t& selectionBuffer() {
+    static selectionBuffer_t buffer;
+    return buffer;
+}
+
+} // namespace
+
+void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                             std::vector<pickHit_t>& hits, int /*flags*/) {
+    hits.clear();
+    if (!makeCurrent()) return;
+    const unsigned int w = x2 - x1, h = y2 - y1;
+    auto& buffer = selectionBuffer();
+    std::lock_guard lock(buffer.mutex);
+    std::fill(std::begin(buffer.words), std::end(buffer.words), 0u);
+    glSelectBuffer(kSelectionBufferSize, buffer.words);
+
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    GLdouble projection[16];
+    glMatrixMode(GL_PROJECTION);
+    if (mProjection.hasExtents()) mProjection.applyProjection(); // this view's projection, not a stale one
+    glMatrixMode(GL_PROJECTION);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glPushMatrix();
+
+    glRenderMode(GL_SELECT);
+    glInitNames();
+    glPushName(kNoName);
+
+    glLoadIdentity();
+    gluPickMatrix(x1 + (w >> 1), viewport[3] - (h >> 1) - y1, w, h, viewport);
+    glMultMatrixd(projection);
+    glMatrixMode(GL_MODELVIEW);
+    mCamera->applyModelView();
+
+    glScissor(static_cast<GLint>(x1), static_cast<GLint>(y1), static_cast<GLsizei>(w), static_cast<GLsizei>(h));
+    glEnable(GL_SCISSOR_TEST);
+
+    // Each drawable is named by its position; its own names (grips, parts) follow on the stack.
+    std::map<GLuint, ox::refPtr<iDrawable>> nameMap;
+    {
+        glSelectDrawer drawer(this);
+        GLuint name = 0;
+        for (const auto& drawable : mDrawables) {
+            ++name;
+            nameMap.emplace(name, drawable);
+            glLoadName(name);
+            drawer.setCurrentDrawable(drawable);
+            drawable->draw(&drawer, eRendermode::select, nullptr);
+        }
+        drawer.setCurrentDrawable({});
+    }
+
+    glDisable(GL_SCISSOR_TEST);
+    const GLint hitCount = glRenderMode(GL_RENDER); // -1 when the buffer overflowed
+    glMatrixMode(GL_PROJECTION);
+    glPopMatrix();
+    glMatrixMode(GL_MODELVIEW);
+
+    if (hitCount <= 0) return;
+    hits.reserve(static_cast<std::size_t>(hitCount));
+    std::size_t at = 0;
+    for (GLint hit = 0; hit < hitCount && at + 3 < static_cast<std::size_t>(kSelectionBufferSize); ++hit) {
+        const GLuint count = buffer.words[at];
+        const GLuint minDepth = buffer.words[at + 1];
+        const GLuint maxDepth = buffer.words[at + 2];
+        const GLuint* names = &buffer.words[at + 3];
+        at += 3 + count;
+        if (count == 0 || at > static_cast<std::size_t>(kSelectionBufferSize)) continue;
+        const auto found = nameMap.find(names[0]);
+        if (found == nameMap.end()) continue;
+        pickHit_t record;
+        record.drawable = found->second;
+        record.minDepth = minDepth;
+        record.maxDepth = maxDepth;
+        record.names.assign(names + 1, names + count);
+        hits.push_back(std::move(record));
+    }
+}
+
+std::vector<ox::refPtr<iDrawable>> glScene::pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
+                                                             unsigned int y2) {
+    std::vector<pickHit_t> hits;
+    pickSelectRect(x1, y1, x2, y2, hits, 0);
+    std::stable_sort(hits.begin(), hits.end(),
+                     [](const pickHit_t& a, const pickHit_t& b) { return a.minDepth < b.minDepth; });
+    std::vector<ox::refPtr<iDrawable>> result;
+    for (const auto& hit : hits)
+        if (std::find(result.begin(), result.end(), hit.drawable) == result.end()) result.push_back(hit.drawable);
+    return result;
+}
+
+bool glScene::getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                     ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) {
+    std::vector<pickHit_t> hits;
+    pickSelectRect(x1, y1, x2, y2, hits, 0);
+    const pickHit_t* nearest = nullptr;
+    for (const auto& candidate : hits)
+        if (nearest == nullptr || candidate.minDepth < nearest->minDepth) nearest = &candidate;
+    if (nearest == nullptr) return false;
+    hit = nearest->drawable;
+    // Window depth 0..1 to eye depth: the projection maps eye z in [100 s, -100 s] onto it.
+    const double windowDepth = nearest->minDepth / 4294967295.0;
+    const double eyeZ = -(2.0 * windowDepth - 1.0) * 100.0 * mProjection.viewSize();
+    const oxGeo::point3d eye = mProjection.windowToEye((x1 + x2) / 2.0, (y1 + y2) / 2.0, eyeZ);
+    oxGeo::matrix3d eyeToWorld;
+    if (!modelView().inverse(eyeToWorld)) return false;
+    point = eyeToWorld * eye;
+    return true;
+}
+
+} // namespace oxGraphics::openGL

@@ -1,0 +1,313 @@
+#include "sceneTestSupport.h"
+
+#include "oxglframebuffer.h"
+#include "oxglshader.h"
+#include "scene/oxglscene.h"
+
+#include <GL/glew.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+using oxGraphics::openGL::glScene;
+using oxtest::eventCounter;
+using oxtest::testSquare;
+
+ox::refPtr<glScene> rendererOf(const ox::refPtr<oxGraphics::scene>& view) {
+    return ox::dynamicRefCast<glScene>(view->implementation());
+}
+
+class sceneTest : public oxtest::glTest {};
+
+TEST_F(sceneTest, eventsFollowTheForwardingTable) {
+    auto view = oxtest::makeScene(64, 64, 0);
+    ox::refPtr<eventCounter> events(new eventCounter);
+    view->addObserver(events);
+    ox::refPtr<oxGraphics::iDrawable> square(new testSquare({0, 0, 0}, 2, {255, 0, 0}));
+
+    struct row { const char* what; void (*call)(oxGraphics::scene&, const ox::refPtr<oxGraphics::iDrawable>&); int events; };
+    const row rows[] = {
+        {"add", [](auto& s, auto& d) { s.add(d); }, 1},
+        {"addToSelection", [](auto& s, auto& d) { s.addToSelection(d); }, 0},
+        {"removeFromSelection", [](auto& s, auto& d) { s.removeFromSelection(d); }, 0},
+        {"clearSelection", [](auto& s, auto&) { s.clearSelection(); }, 0},
+        {"addToModifyEnabled", [](auto& s, auto& d) { s.addToModifyEnabled(d); }, 0},
+        {"regenerate", [](auto& s, auto&) { s.regenerate(); }, 1},
+        {"setColor with no slot", [](auto& s, auto&) { s.setColor({1, 2, 3}, 0); }, 1},
+        {"setBackgroundImageTrans", [](auto& s, auto&) { s.setBackgroundImageTrans(0.5); }, 1},
+        {"setUseTransparentBackground", [](auto& s, auto&) { s.setUseTransparentBackground(false); }, 0},
+        {"setMultisamples", [](auto& s, auto&) { s.setMultisamples(0); }, 0},
+        {"refreshFBOWithMultiSampling", [](auto& s, auto&) { s.refreshFBOWithMultiSampling(); }, 1},
+        {"moveCamera", [](auto& s, auto&) { s.moveCamera(1, 1, 2, 2); }, 1},
+        {"rotateCamera", [](auto& s, auto&) { s.rotateCamera(1, 1, 2, 2); }, 1},
+        {"zoomWheel", [](auto& s, auto&) { s.zoomWheel(3, 3, true); }, 0},
+        {"fireSceneInvalid", [](auto& s, auto&) { s.fireSceneInvalid(); }, 1},
+        {"setSceneUpdateEnabled", [](auto& s, auto&) { s.setSceneUpdateEnabled(true); }, 0},
+        {"remove", [](auto& s, auto& d) { s.remove(d, true); }, 1},
+        {"clear", [](auto& s, auto&) { s.clear(); }, 1},
+    };
+    for (const auto& r : rows) {
+        const int before = events->changed;
+        r.call(*view, square);
+        EXPECT_EQ(events->changed - before, r.events) << r.what;
+    }
+    EXPECT_EQ(events->viewSteps, 0);
+}
+
+TEST_F(sceneTest, colourSlotsAreABitMask) {
+    auto view = oxtest::makeScene(32, 32, 0);
+    using namespace oxGraphics;
+    const ox::rgbColor defaults[] = {{0, 78, 152}, {0, 78, 152}, {255, 255, 255}, {255, 255, 255}, {255, 255, 0}, {255, 220, 0}};
+    const eColorId slots[] = {kColorBackgroundTop, kColorBackgroundBottom, kColorOutline, kColorAnnotation,
+                              kColorSelection, kColorModifyEnabled};
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(view->color(slots[i]), defaults[i]) << "slot " << slots[i];
+
+    const ox::rgbColor c(9, 8, 7);
+    view->setColor(c, 1 | 4 | 32 | 64);  // 64 is no slot
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(view->color(slots[i]), (i == 0 || i == 2 || i == 5) ? c : defaults[i]) << i;
+    view->setColor({1, 1, 1}, 0);
+    EXPECT_EQ(view->color(kColorBackgroundTop), c);
+}
+
+TEST_F(sceneTest, selectionAndModifySetsAndTheEmptyFacadeBox) {
+    auto view = oxtest::makeScene(32, 32, 0);
+    ox::refPtr<oxGraphics::iDrawable> inScene(new testSquare({0, 0, 0}, 1, {1, 2, 3}));
+    ox::refPtr<oxGraphics::iDrawable> stranger(new testSquare({5, 0, 0}, 1, {1, 2, 3}));
+    view->add(inScene);
+    view->addToSelection(stranger);  // passed on unchanged, though it is not in the scene
+    view->addToSelection(inScene);
+    EXPECT_TRUE(view->isSelected(stranger));
+    EXPECT_TRUE(view->isSelected(inScene));
+    view->removeFromSelection(stranger);
+    EXPECT_FALSE(view->isSelected(stranger));
+    view->addToModifyEnabled(inScene);
+    EXPECT_TRUE(view->isModifyEnabled(inScene));
+    EXPECT_FALSE(view->isModifyEnabled(stranger));
+    view->remove(inScene, false);  // kept in the sets
+    EXPECT_TRUE(view->isSelected(inScene));
+    view->add(inScene);
+    view->remove(inScene, true);   // forgotten
+    EXPECT_FALSE(view->isSelected(inScene));
+    EXPECT_FALSE(view->isModifyEnabled(inScene));
+
+    view->add(inScene);
+    EXPECT_FALSE(view->boundingBox().isValid()); // the facade's own box stays empty
+}
+
+TEST_F(sceneTest, disabledUpdatesTouchNoGlAtAll) {
+    auto view = oxtest::makeScene(32, 32, 0);
+    ox::refPtr<testSquare> square(new testSquare({0, 0, 0}, 2, {255, 0, 0}));
+    view->add(ox::refPtr<oxGraphics::iDrawable>(square));
+    view->setSceneUpdateEnabled(false);
+    // Another context current: a draw that made the scene's context current would switch back.
+    auto other = oxGraphics::openGL::createHeadlessContext({8, 8});
+    ASSERT_TRUE(other);
+    ASSERT_TRUE(other->isCurrent());
+    view->draw();
+    EXPECT_TRUE(other->isCurrent());
+    EXPECT_EQ(square->draws, 0);
+    view->setSceneUpdateEnabled(true);
+    view->draw();
+    EXPECT_TRUE(oxtest::sharedGlContext()->isCurrent());
+    EXPECT_EQ(square->draws, 1);
+    other->destroy();
+    ASSERT_TRUE(oxtest::sharedGlContext()->makeCurrent());
+}
+
+TEST_F(sceneTest, aLostContextMakesEveryOperationANoOp) {
+    auto context = oxGraphics::openGL::createHeadlessContext({32, 32});
+    ASSERT_TRUE(context);
+    auto view = oxGraphics::scene::create(context, false, false);
+    view->initGfxApiState();
+    view->resize(32, 32, 10.0, 0, 0, 0, 0);
+    ox::refPtr<testSquare> square(new testSquare({0, 0, 0}, 2, {255, 0, 0}));
+    view->add(ox::refPtr<oxGraphics::iDrawable>(square));
+    context->destroy();
+
+    view->resize(64, 64, 5.0, 1, 2, 3, 4);
+    view->setColor({1, 2, 3}, 1);
+    view->setMultisamples(8);
+    view->add(ox::refPtr<oxGraphics::iDrawable>(new testSquare({0, 0, 0}, 1, {0, 0, 0})));
+    oxtest::paint(*view);
+    view->zoomWheel(1, 1, true);
+    view->setFrontView(false, oxGeo::matrix3d(), oxGeo::point3d());
+    EXPECT_EQ(view->viewportWidth(), 32);
+    EXPECT_EQ(view->offsetFocusBeginWidth(), 0);
+    EXPECT_EQ(view->color(oxGraphics::kColorBackgroundTop), ox::rgbColor(0, 78, 152));
+    EXPECT_EQ(view->multisamples(), 4);
+    EXPECT_EQ(view->writeToBuffer(), nullptr);
+    EXPECT_EQ(square->draws, 0);
+    EXPECT_EQ(rendererOf(view)->drawables().size(), 1u);
+    EXPECT_TRUE(view->camera()->rotation().isEqualTo(oxGeo::quaternion(), 0.0));
+    ASSERT_TRUE(oxtest::sharedGlContext()->makeCurrent());
+}
+
+TEST_F(sceneTest, resizeKeepsTheProjectionForAZeroSideAndRestoreViewIgnoresItselfAndNull) {
+    auto view = oxtest::makeScene(40, 20, 0);
+    auto renderer = rendererOf(view);
+    EXPECT_DOUBLE_EQ(renderer->projection().extentWidth(), 10.0);
+    EXPECT_DOUBLE_EQ(renderer->projection().extentHeight(), 5.0);
+    view->resize(0, 30, 50.0, 0, 0, 0, 0);
+    EXPECT_EQ(view->viewportWidth(), 0);
+    EXPECT_EQ(oxtest::readGlIntegers(GL_VIEWPORT, 4), (std::vector<GLint>{0, 0, 0, 30}));
+    EXPECT_DOUBLE_EQ(renderer->projection().extentWidth(), 10.0);  // previous projection kept
+    EXPECT_DOUBLE_EQ(view->viewSize(), 10.0);
+
+    view->resize(20, 40, 8.0, 0, 0, 0, 0);
+    EXPECT_DOUBLE_EQ(renderer->projection().extentWidth(), 4.0);  // w <= h: W = (w/h)·s
+    EXPECT_DOUBLE_EQ(renderer->projection().extentHeight(), 8.0);
+
+    view->camera()->setTranslation({1, 2, 3});
+    oxGraphics::iSavedView* saved = nullptr;
+    view->saveView(&saved);
+    ASSERT_NE(saved, nullptr);
+    view->camera()->setTranslation({7, 7, 7});
+    view->restoreView(nullptr);
+    view->restoreView(dynamic_cast<oxGraphics::iSavedView*>(view->camera().get()));
+    EXPECT_TRUE(view->camera()->translation().isEqualTo({7, 7, 7}, 0.0));
+    view->restoreView(saved);
+    EXPECT_TRUE(view->camera()->translation().isEqualTo({1, 2, 3}, 0.0));
+    view->saveView(&saved);  // releases the old copy first
+    saved->release();
+}
+
+// ---- offscreen targets ---------------------------------------------------------------------
+
+TEST_F(sceneTest, sampleCountZeroCreatesTargetsOnlyWithoutAWindow) {
+    for (const bool window : {true, false}) {
+        auto view = oxtest::makeScene(48, 32, 0, window);
+        auto renderer = rendererOf(view);
+        const auto targets = renderer->offscreenTargets();
+        EXPECT_EQ(targets.multisampledFramebuffer != 0, !window) << "window " << window;
+        EXPECT_EQ(targets.resolveTexture != 0, !window);
+        EXPECT_EQ(renderer->actualMultisamples(), 0);
+        // The transparency targets follow the viewport, single-sampled.
+        EXPECT_EQ(renderer->transparencyTargets().accumDesc().width, 48);
+        EXPECT_EQ(renderer->transparencyTargets().accumDesc().numSamples, 1);
+        EXPECT_EQ(renderer->transparencyTargets().accumDesc().kind, oxGraphics::eTextureKind::texture2d);
+    }
+}
+
+TEST_F(sceneTest, multisampledTargetsAndTheirRebuildRules) {
+    auto view = oxtest::makeScene(48, 32, 4);
+    auto renderer = rendererOf(view);
+    EXPECT_EQ(renderer->actualMultisamples(), 4);
+    const auto targets = renderer->offscreenTargets();
+    ASSERT_NE(targets.multisampledFramebuffer, 0u);
+    EXPECT_TRUE(glIsFramebuffer(targets.multisampledFramebuffer));
+    EXPECT_EQ(renderer->transparencyTargets().accumDesc().numSamples, 4);
+    EXPECT_EQ(renderer->transparencyTargets().accumDesc().kind, oxGraphics::eTextureKind::texture2dMultisample);
+    EXPECT_TRUE(renderer->transparencyTargets().resolveFramebuffer());
+
+    // Same size and count: the scene's own targets are rebuilt, the transparency targets are not.
+    const int rebuilds = renderer->transparencyTargets().rebuildCount();
+    view->refreshFBOWithMultiSampling();
+    EXPECT_EQ(renderer->transparencyTargets().rebuildCount(), rebuilds);
+    EXPECT_TRUE(glIsFramebuffer(renderer->offscreenTargets().multisampledFramebuffer));
+
+    // A single-sampled scene drops the resolve targets of the transparency pass.
+    view->setMultisamples(1);
+    view->refreshFBOWithMultiSampling();
+    EXPECT_GE(renderer->actualMultisamples(), 0);
+    if (renderer->actualMultisamples() < 2) EXPECT_FALSE(renderer->transparencyTargets().resolveFramebuffer());
+
+    // Width or height 0: nothing is created.
+    view->setMultisamples(4);
+    view->refreshFBOWithMultiSampling(0, 32);
+    EXPECT_EQ(renderer->offscreenTargets().multisampledFramebuffer, 0u);
+    EXPECT_EQ(renderer->offscreenTargets().resolveTexture, 0u);
+}
+
+// GLEW hands out the renderbuffer query through a pointer: a stand-in reports what a driver
+// that grants no samples would.
+PFNGLGETRENDERBUFFERPARAMETERIVEXTPROC realGetRenderbufferParameteriv = nullptr;
+void GLAPIENTRY grantNoSamples(GLenum target, GLenum name, GLint* value) {
+    realGetRenderbufferParameteriv(target, name, value);
+    if (name == GL_RENDERBUFFER_SAMPLES) *value = 0;
+}
+
+TEST_F(sceneTest, aDriverGrantingNoSamplesGetsNoBlitButStillTheScreenQuad) {
+    realGetRenderbufferParameteriv = glGetRenderbufferParameterivEXT;
+    glGetRenderbufferParameterivEXT = &grantNoSamples;
+    auto view = oxtest::makeScene(16, 16, 4);
+    glGetRenderbufferParameterivEXT = realGetRenderbufferParameteriv;
+    auto renderer = rendererOf(view);
+    EXPECT_EQ(renderer->actualMultisamples(), 0);
+    EXPECT_EQ(renderer->transparencyTargets().accumDesc().numSamples, 1);
+
+    // Mark the resolve texture: without a blit the quad shows exactly what it holds.
+    const auto targets = renderer->offscreenTargets();
+    glBindFramebuffer(GL_FRAMEBUFFER, targets.resolveFramebuffer);
+    oxtest::clearTo(0.0f, 1.0f, 0.0f, 1.0f);
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    const unsigned int listBefore = renderer->screenQuadList();
+    oxtest::paint(*view);
+    EXPECT_NE(renderer->screenQuadList(), listBefore);  // the screen quad was drawn
+    std::unique_ptr<char[]> pixels(view->writeToBuffer());
+    EXPECT_EQ(oxtest::pixelOf(pixels.get(), 16, 8, 8), (oxtest::rgba8{0, 255, 0, 255}));
+    EXPECT_EQ(oxtest::readPixel(8, 8), (oxtest::rgba8{0, 255, 0, 255}));  // and shown in the window
+}
+
+TEST_F(sceneTest, eachScreenQuadIsANewListUntilTheTargetsAreReleased) {
+    auto view = oxtest::makeScene(16, 16, 4);
+    auto renderer = rendererOf(view);
+    oxtest::paint(*view);
+    const unsigned int first = renderer->screenQuadList();
+    oxtest::paint(*view);
+    const unsigned int second = renderer->screenQuadList();
+    EXPECT_NE(first, second);
+    EXPECT_TRUE(glIsList(first));  // not deleted by the next frame
+    view->refreshFBOWithMultiSampling();
+    EXPECT_FALSE(glIsList(second)); // the release deletes the last one
+    glDeleteLists(first, 1);
+}
+
+TEST_F(sceneTest, writeToBufferAndTheFrameBufferReadTheSameBgraBottomRowFirst) {
+    for (const int samples : {0, 1, 4}) {
+        auto view = oxtest::makeScene(20, 10, samples);
+        view->setColor({10, 20, 30}, 1 | 2);
+        view->add(ox::refPtr<oxGraphics::iDrawable>(new testSquare({0, 0, 0}, 3, {255, 0, 0})));
+        oxtest::paint(*view);
+        std::unique_ptr<char[]> fromScene(view->writeToBuffer());
+        ASSERT_TRUE(fromScene) << samples;
+        // The view is 10 units wide and 5 high on 20 x 10 pixels; the square spans 3 units.
+        EXPECT_EQ(oxtest::pixelOf(fromScene.get(), 20, 10, 5)[0], 255) << samples;
+        EXPECT_EQ(oxtest::pixelOf(fromScene.get(), 20, 1, 5), (oxtest::rgba8{10, 20, 30, 255})) << samples;
+        EXPECT_EQ(oxtest::pixelOf(fromScene.get(), 20, 10, 1), (oxtest::rgba8{10, 20, 30, 255})) << samples;
+
+        auto frame = oxGraphics::openGL::glFrameBuffer::create(view, 20, 10);
+        frame->renderBefore();
+        oxtest::paint(*view);
+        frame->renderAfter();
+        std::unique_ptr<char[]> fromFrame(frame->writeToBuffer());
+        ASSERT_TRUE(fromFrame) << samples;
+        EXPECT_EQ(std::memcmp(fromScene.get(), fromFrame.get(), 20 * 10 * 4), 0) << samples;
+    }
+}
+
+TEST_F(sceneTest, frameBufferOfNoSceneIsInertAndOneByOneReadsBgra) {
+    auto inert = oxGraphics::openGL::glFrameBuffer::create(ox::refPtr<oxGraphics::scene>(), 7, 5);
+    EXPECT_EQ(inert->writeToBuffer(), nullptr);
+    EXPECT_EQ(inert->width(), 7);
+    EXPECT_EQ(inert->height(), 5);
+    inert->renderBefore();
+    inert->renderAfter();
+
+    auto view = oxtest::makeScene(1, 1, 0, /*presentToWindow*/ true);
+    auto frame = oxGraphics::openGL::glFrameBuffer::create(view, 1, 1);
+    EXPECT_TRUE(frame->ownsTargets());
+    frame->renderBefore();
+    oxtest::clearTo(1.0f, 0.5f, 0.0f, 1.0f);
+    frame->renderAfter();
+    std::unique_ptr<char[]> pixel(frame->writeToBuffer());
+    const auto* bytes = reinterpret_cast<const unsigned char*>(pixel.get());
+    EXPECT_EQ(bytes[0], 0);    // B
+    EXPECT_NEAR(bytes[1], 128, 1); // G
+    EXPECT_EQ(bytes[2], 255);  // R
+    EXPECT_EQ(bytes[3], 255);  // A
+}
+
+} // namespace
