@@ -3,6 +3,7 @@
 #include "glTestFixture.h"
 
 #include "oxglcontext.h"
+#include "oxscene.h"
 
 #include <GL/glew.h>
 #include <GL/glx.h>
@@ -175,6 +176,39 @@ TEST_F(glxWindowTest, switchesBetweenTheWindowAndAHeadlessContext) {
     headless->destroy();
     EXPECT_FALSE(isAnyContextCurrent());
     EXPECT_TRUE(window->makeCurrent());
+}
+
+TEST_F(glxWindowTest, rubberRectangleDrawnTwiceLeavesTheFrontBufferAsItWas) {
+    auto view = oxGraphics::scene::create(adoptCurrentContext(), /*presentToWindow*/ true, false);
+    ASSERT_TRUE(view);
+    view->resize(glxWindow::kWidth, glxWindow::kHeight, 10.0, 0, 0, 0, 0);
+    oxtest::clearTo(0.2f, 0.4f, 0.6f, 1.0f);
+    ASSERT_TRUE(glXGetCurrentContext() != nullptr);
+    glXSwapBuffers(mWindow.mDisplay, mWindow.mWindow);
+    glFinish();
+
+    auto frontBuffer = [] {
+        glReadBuffer(GL_FRONT);
+        auto image = oxtest::readRegion(0, 0, glxWindow::kWidth, glxWindow::kHeight);
+        glReadBuffer(GL_BACK);
+        return image;
+    };
+    const auto before = frontBuffer();
+    view->drawRubberRect(20, 30, 200, 150);
+    const auto drawn = frontBuffer();
+    // The left edge runs through x = 20 (window y 30..150, y counted downwards).
+    EXPECT_NE(std::vector<std::uint8_t>(drawn.at(20, 90), drawn.at(20, 90) + 3),
+              std::vector<std::uint8_t>(before.at(20, 90), before.at(20, 90) + 3));
+    EXPECT_EQ(std::vector<std::uint8_t>(drawn.at(100, 90), drawn.at(100, 90) + 4),
+              std::vector<std::uint8_t>(before.at(100, 90), before.at(100, 90) + 4)); // inside: untouched
+    view->drawRubberRect(20, 30, 200, 150);
+    EXPECT_EQ(frontBuffer().pixels, before.pixels);
+    // The state the rectangle needed is put back.
+    EXPECT_EQ(oxtest::readGlInteger(GL_DRAW_BUFFER), GL_BACK);
+    EXPECT_FALSE(glIsEnabled(GL_COLOR_LOGIC_OP));
+    EXPECT_EQ(oxtest::readGlFloat(GL_LINE_WIDTH), 1.0f);
+    EXPECT_TRUE(glIsEnabled(GL_DEPTH_TEST));
+    EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
 }
 
 } // namespace

@@ -117,7 +117,7 @@ public:
     int offsetFocusBeginHeight() const;
     int offsetFocusEndWidth() const;
     int offsetFocusEndHeight() const;
-    /// The world size the shorter window side spans (the zoom).
+    /// The eye-space size the longer window side spans (the zoom).
     double viewSize() const;
     /// A new copy of the camera in *out (an existing *out is released first); no event.
     void saveView(iSavedView** out);
@@ -151,6 +151,9 @@ public:
 
     // --- fitting (boxes come from the drawables that are iBoundBoxProviders) ----------------
     /// Frames every bounding-box provider in the usable view area, keeping the view direction.
+    /// The usable area is centred at (width/2 - offsetFocusEndWidth + offsetFocusBeginWidth,
+    /// height/2 - offsetFocusEndHeight + offsetFocusBeginHeight) and reaches symmetrically as far
+    /// as the nearer offset margin on each axis; 5 % of it is left free around the box.
     void zoomAll();
     /// Frames `box`.
     void zoomTo(const oxGeo::boundBox3d& box);

@@ -13,7 +13,7 @@ namespace oxGraphics::openGL {
 class OX_GRAPHICS_API glViewProjection {
 public:
     /// Stores the viewport and, only when both sides are non-zero, the extents: with s the view
-    /// size, the shorter window side spans s world units. A zero side keeps the previous extents.
+    /// size, the longer window side spans s eye units. A zero side keeps the previous extents.
     void resize(int width, int height, double viewSize);
 
     int width() const { return mWidth; }

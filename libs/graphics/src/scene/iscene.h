@@ -66,7 +66,7 @@ public:
     virtual void zoomWheel(int x, int y, bool zoomIn) = 0;                                        // 38
     virtual void getViewVectors(int x, int y, oxGeo::vector3d& viewDirection,                     // 39
                                 oxGeo::vector3d& upDirection) const = 0;
-    /// The world size that the shorter window side spans.
+    /// The eye-space size that the longer window side spans.
     virtual double viewSize() const = 0;                                                          // 40
     virtual void setViewSize(double viewSize) = 0;                                                // 41
     /// Frames `box` in the usable view area, keeping the view direction; `margin` is the

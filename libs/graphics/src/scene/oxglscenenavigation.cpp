@@ -135,16 +135,20 @@ void glScene::fitBox(const oxGeo::boundBox3d& box, double margin) {
 }
 
 // Zooms so the eye-space box fills the usable view area less `margin`, then centres it there.
+// The usable area is centred on usableViewCentre() and reaches, symmetrically, as far as the
+// nearer of the two offset margins on each axis.
 void glScene::fitEyeBox(const oxGeo::boundBox3d& eyeBox, double margin) {
-    const double usableWidth = std::max(1, mViewportWidth - mOffsetFocus[0] - mOffsetFocus[2]);
-    const double usableHeight = std::max(1, mViewportHeight - mOffsetFocus[1] - mOffsetFocus[3]);
-    const double free = std::clamp(1.0 - margin, 0.05, 1.0);
-    const double shorterSide = std::min(mViewportWidth, mViewportHeight);
-    const oxGeo::vector3d size = eyeBox.max() - eyeBox.min();
-    // Eye units per pixel are viewSize / shorter side; the box must fit the usable pixels.
-    const double needed = std::max(size.x() / (usableWidth * free), size.y() / (usableHeight * free)) * shorterSide;
-    if (needed > 0.0 && std::isfinite(needed)) mProjection.resize(mViewportWidth, mViewportHeight, needed);
     const oxGeo::point2d centre = usableViewCentre();
+    const double halfWidth = std::min(centre.x() - mOffsetFocus[0], mViewportWidth - mOffsetFocus[2] - centre.x());
+    const double halfHeight = std::min(centre.y() - mOffsetFocus[1], mViewportHeight - mOffsetFocus[3] - centre.y());
+    const double usableWidth = std::max(1.0, 2.0 * halfWidth);
+    const double usableHeight = std::max(1.0, 2.0 * halfHeight);
+    const double free = std::clamp(1.0 - margin, 0.05, 1.0);
+    const double longerSide = std::max(mViewportWidth, mViewportHeight);
+    const oxGeo::vector3d size = eyeBox.max() - eyeBox.min();
+    // Eye units per pixel are viewSize / longer side; the box must fit the usable pixels.
+    const double needed = std::max(size.x() / (usableWidth * free), size.y() / (usableHeight * free)) * longerSide;
+    if (needed > 0.0 && std::isfinite(needed)) mProjection.resize(mViewportWidth, mViewportHeight, needed);
     const oxGeo::point3d target = mProjection.windowToEye(centre.x(), centre.y(), 0);
     const oxGeo::point3d boxCentre = eyeBox.center();
     panEye(oxGeo::vector3d(target.x() - boxCentre.x(), target.y() - boxCentre.y(), 0));

@@ -279,30 +279,29 @@ void scene::onTransferFinished(ox::thread* thread, void* self) {
 
 // ---- view tests ------------------------------------------------------------------------------
 
-// The same form for every view: one model axis, carried by M = Ro · Rp · model, must lie along
-// one world axis (|dot| = 1 within 0.05), and the side the viewer is on is told by the sign of
-// one coordinate of the vector from the scene towards the viewer (the reversed view ray through
-// window pixel (0, 0)). Front and back test the model's X axis against world Y, as the front
-// view always has; left and right the model's Y against world X; top and bottom the model's Z
-// against world Z.
+// The same form for every view: the model's X axis, carried by M = Ro · Rp · model, must lie
+// along world Y (|dot| = 1 within 0.05), and the sign of one coordinate of the direction of the
+// view ray through window pixel (0, 0) tells the view apart. For a model turned a quarter about
+// Z (its X along world Y) the setters give: front x < 0, back x > 0, left y > 0, right y < 0,
+// top z < 0, bottom z > 0.
 bool scene::isInView(eViewSetter view, const oxGeo::matrix3d& model) const {
     ox::mutexLock lock(mTransferLock);
     oxGeo::ray3d ray;
-    mImplementation->getViewRayAt(0, 0, ray);
-    const oxGeo::vector3d towardsViewer = -ray.direction();
+    if (!mImplementation->getViewRayAt(0, 0, ray)) return false;
+    const oxGeo::vector3d d = ray.direction();
     const oxGeo::matrix3d m = correctionMatrix(mOrientationAxis, mOrientationAngle) *
                               correctionMatrix(mPrecedingAxis, mPrecedingAngle) * model;
-    auto aligned = [&](const oxGeo::vector3d& modelAxis, const oxGeo::vector3d& worldAxis) {
-        return std::fabs(std::fabs((m * modelAxis).dot(worldAxis)) - 1.0) <= 0.05;
-    };
-    const oxGeo::vector3d x(1, 0, 0), y(0, 1, 0), z(0, 0, 1);
+    const bool aligned = std::fabs(std::fabs((m * oxGeo::vector3d(1, 0, 0)).dot(oxGeo::vector3d(0, 1, 0))) - 1.0) <= 0.05;
+    if (!aligned) return false;
+    // "Negative" means clearly so: the other coordinates of a main view are rounding noise.
+    constexpr double kClear = 0.5;
     switch (view) {
-    case eViewSetter::front: return aligned(x, y) && towardsViewer.y() < 0.0;
-    case eViewSetter::back: return aligned(x, y) && towardsViewer.y() > 0.0;
-    case eViewSetter::left: return aligned(y, x) && towardsViewer.x() < 0.0;
-    case eViewSetter::right: return aligned(y, x) && towardsViewer.x() > 0.0;
-    case eViewSetter::top: return aligned(z, z) && towardsViewer.z() > 0.0;
-    case eViewSetter::bottom: return aligned(z, z) && towardsViewer.z() < 0.0;
+    case eViewSetter::front: return d.x() < -kClear;
+    case eViewSetter::back: return d.x() > kClear;
+    case eViewSetter::left: return d.y() > kClear;
+    case eViewSetter::right: return d.y() < -kClear;
+    case eViewSetter::top: return d.z() < -kClear;
+    case eViewSetter::bottom: return d.z() > kClear;
     default: return false;
     }
 }

@@ -1,0 +1,159 @@
+// Whole frames of a scene with the library's own entities, on both shading paths, compared with
+// reference images; and a long run that must not leak.
+#include "sceneTestSupport.h"
+
+#include "oxboundeddrawable.h"
+#include "oxcsentity.h"
+#include "oxglshader.h"
+#include "oxmeshentity.h"
+#include "oxpointentity.h"
+#include "oxpolylineentity.h"
+#include "scene/oxglscene.h"
+
+#include "oxgeomeshfactory.h"
+#include "oxgeopolylinefactory.h"
+
+#include <GL/glew.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+using namespace oxGraphics;
+using oxGeo::matrix3d;
+using oxGeo::point3d;
+
+constexpr int kWidth = 160;
+constexpr int kHeight = 120;
+
+// A box, a triad, a tool path and its points, in a front-right view fitted to all of them.
+ox::refPtr<scene> makeWorkshopScene(int samples) {
+    auto view = oxtest::makeScene(kWidth, kHeight, samples);
+    view->setColor({40, 40, 60}, kColorBackgroundTop);
+    view->setColor({140, 140, 160}, kColorBackgroundBottom);
+
+    auto box = std::make_shared<oxGeo::mesh3d>();
+    oxGeo::meshfactory::appendBoxMesh(4, 3, 2, *box, true);
+    auto part = meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(box));
+    part->setColor({70, 130, 200});
+    view->add(ox::refPtr<iDrawable>(boundedDrawable::create(part)));
+
+    matrix3d placement;
+    placement.setToTranslation({-2, -1.5, 1});
+    auto triad = csEntity::create(placement);
+    triad->setSize(2.5);
+    view->add(ox::refPtr<iDrawable>(boundedDrawable::create(triad)));
+
+    auto path = std::make_shared<oxGeo::polyline3d>();
+    oxGeo::polylinefactory::generateArcPolyline(3.0, ox::angle::fromDegree(270), 0.05, point3d(0, 0, 1.5), *path);
+    auto toolPath = polylineEntity::create(ox::const_sharedPtr<oxGeo::polyline3d>(path));
+    toolPath->setColor({255, 140, 0});
+    toolPath->setLineWidth(2);
+    view->add(ox::refPtr<iDrawable>(boundedDrawable::create(toolPath)));
+
+    auto stops = pointEntity::create(std::vector<point3d>{{3, 0, 1.5}, {0, 3, 1.5}, {-3, 0, 1.5}});
+    stops->setColor({255, 255, 255});
+    stops->setPointSize(6);
+    view->add(ox::refPtr<iDrawable>(boundedDrawable::create(stops)));
+
+    view->setFrontRightView(false, matrix3d(), point3d());
+    view->zoomAll();
+    return view;
+}
+
+oxtest::rgbaImage renderFrame(scene& view) {
+    oxtest::paint(view);
+    std::unique_ptr<char[]> pixels(view.writeToBuffer());
+    return oxtest::imageOf(pixels.get(), kWidth, kHeight);
+}
+
+class sceneRenderTest : public oxtest::glTest {
+protected:
+    void TearDown() override {
+        openGL::glShaderProgram::enableGlShadersGlobally(true);
+        oxtest::glTest::TearDown();
+    }
+};
+
+TEST_F(sceneRenderTest, framesMatchTheirReferenceOnBothShadingPaths) {
+    for (const bool shaders : {false, true}) {
+        openGL::glShaderProgram::enableGlShadersGlobally(shaders);
+        std::vector<oxtest::rgbaImage> bySamples;
+        for (const int samples : {0, 1, 4}) {
+            auto view = makeWorkshopScene(samples);
+            const auto image = renderFrame(*view);
+            const std::string name = std::string("scene/workshop_") + (shaders ? "shader" : "fixed") + "_" +
+                                     std::to_string(samples) + "samples";
+            EXPECT_TRUE(oxtest::matchesReferenceImage(image, name, 24, 0.5)) << name;
+            bySamples.push_back(image);
+        }
+        // Multisampling only changes edges.
+        const auto difference = oxtest::compareImages(bySamples[0], bySamples[2]);
+        EXPECT_LT(difference.meanDelta, 4.0) << shaders;
+    }
+    // The shader reproduces the fixed-function light: the two paths differ only slightly.
+    openGL::glShaderProgram::enableGlShadersGlobally(false);
+    const auto fixed = renderFrame(*makeWorkshopScene(4));
+    openGL::glShaderProgram::enableGlShadersGlobally(true);
+    const auto shaded = renderFrame(*makeWorkshopScene(4));
+    const auto difference = oxtest::compareImages(fixed, shaded);
+    EXPECT_LT(difference.meanDelta, 1.0);
+}
+
+long residentKilobytes() {
+    std::ifstream statm("/proc/self/statm");
+    long size = 0, resident = 0;
+    statm >> size >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+// The next name the driver would hand out for each kind: leaked names push it up.
+struct glNames {
+    GLuint texture = 0, framebuffer = 0, renderbuffer = 0, list = 0;
+    static glNames next() {
+        glNames n;
+        glGenTextures(1, &n.texture);
+        glGenFramebuffers(1, &n.framebuffer);
+        glGenRenderbuffers(1, &n.renderbuffer);
+        n.list = glGenLists(1);
+        glDeleteTextures(1, &n.texture);
+        glDeleteFramebuffers(1, &n.framebuffer);
+        glDeleteRenderbuffers(1, &n.renderbuffer);
+        glDeleteLists(n.list, 1);
+        return n;
+    }
+};
+
+TEST_F(sceneRenderTest, twoThousandFramesLeakNothingButTheScreenQuadLists) {
+    constexpr int kFrames = 2000;
+    auto view = makeWorkshopScene(4);
+    auto renderer = ox::dynamicRefCast<openGL::glScene>(view->implementation());
+    for (int i = 0; i < 50; ++i) oxtest::paint(*view); // warm up: recordings, programs, driver caches
+    view->refreshFBOWithMultiSampling();               // drop the warm-up screen-quad lists
+    const glNames before = glNames::next();
+    const long residentBefore = residentKilobytes();
+    for (int i = 0; i < kFrames; ++i) oxtest::paint(*view);
+    glFinish();
+    const long residentAfter = residentKilobytes();
+    const unsigned int lastList = renderer->screenQuadList();
+    view->refreshFBOWithMultiSampling(); // deletes only the last screen-quad list
+    const glNames after = glNames::next();
+
+    // Textures, framebuffers and renderbuffers are rebuilt in place: no names pile up.
+    EXPECT_LE(after.texture, before.texture + 4);
+    EXPECT_LE(after.framebuffer, before.framebuffer + 4);
+    EXPECT_LE(after.renderbuffer, before.renderbuffer + 4);
+    // Each frame leaves one display list behind until the targets are released: the screen quad.
+    EXPECT_GE(lastList, before.list + kFrames - 1);
+    const long perFrameBytes = (residentAfter - residentBefore) * 1024 / kFrames;
+    std::cout << "[ soak ] " << kFrames << " frames: resident memory +" << (residentAfter - residentBefore)
+              << " KiB (" << perFrameBytes << " bytes a frame), display lists +" << (lastList - before.list) << "\n";
+    EXPECT_LT(perFrameBytes, 4096);
+    for (GLuint list = before.list; list < lastList; ++list) glDeleteLists(list, 1);
+}
+
+} // namespace
