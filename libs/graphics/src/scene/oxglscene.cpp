@@ -61,7 +61,7 @@ glScene::glScene(const ox::refPtr<iGlContext>& context, bool presentToWindow)
 glScene::~glScene() {
     // GL names can only be deleted in their own context; a context that is gone took them along.
     if (!makeCurrent()) return;
-    releaseFBOWithMultiSampling();
+    deleteOffscreenTargets();
     mTransparency.release();
     deleteBackgroundTexture(mBackgroundImage);
     deleteBackgroundTexture(mTempBackgroundImage);

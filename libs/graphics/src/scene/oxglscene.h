@@ -141,6 +141,8 @@ private:
     };
 
     bool makeCurrent() const { return mContext && mContext->makeCurrent(); }
+    /// Deletes the scene's own offscreen objects, in release order (context current).
+    void deleteOffscreenTargets();
     bool contextAlive() const { return mContext && mContext->isValid(); }
     void setupLights();
     void drawBackground();

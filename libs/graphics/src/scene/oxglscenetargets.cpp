@@ -65,8 +65,7 @@ void glScene::bringTransparencyTargets(int samples) {
     mTransparency.bringTo(mViewportWidth, mViewportHeight, samples);
 }
 
-void glScene::releaseFBOWithMultiSampling() {
-    if (!makeCurrent()) return;
+void glScene::deleteOffscreenTargets() {
     auto deleteFramebuffer = [](unsigned int& name) {
         if (name != 0) glDeleteFramebuffersEXT(1, &name);
         name = 0;
@@ -85,6 +84,11 @@ void glScene::releaseFBOWithMultiSampling() {
     mScreenQuadList = 0;
     mTargetWidth = mTargetHeight = 0;
     mActualSamples = 0; // nothing is left to have samples
+}
+
+void glScene::releaseFBOWithMultiSampling() {
+    if (!makeCurrent()) return;
+    deleteOffscreenTargets();
     // Initialisation returns early without multisampling, so the transparency targets follow here.
     if (mRequestedSamples <= 0) bringTransparencyTargets(1);
 }
