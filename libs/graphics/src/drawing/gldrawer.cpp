@@ -28,6 +28,7 @@ constexpr float kRadToDegF = 57.2957795f;
 /// Lines and points that must not be shaded: lighting off and a zero normal for the duration.
 class unlitScope {
 public:
+    /// Does nothing for lit geometry.
     explicit unlitScope(bool lit) : mActive(!lit) {
         if (!mActive) return;
         glPushAttrib(GL_LIGHTING_BIT);
@@ -50,7 +51,8 @@ struct quadricDeleter {
 using quadricPtr = std::unique_ptr<GLUquadric, quadricDeleter>;
 
 /// Polygon mode 1 is wire-frame, every other value filled.
-void applyPolygonMode(int mode) { glPolygonMode(GL_FRONT_AND_BACK, mode == 1 ? GL_LINE : GL_FILL); }
+GLenum polygonModeOf(int mode) { return mode == 1 ? GL_LINE : GL_FILL; }
+void applyPolygonMode(int mode) { glPolygonMode(GL_FRONT_AND_BACK, polygonModeOf(mode)); }
 
 void vertex(const oxGeo::point3d& p) { glVertex3d(p.x(), p.y(), p.z()); }
 
@@ -113,7 +115,7 @@ void glDrawer::drawPoint(const oxGeo::point3d& p) {
 
 void glDrawer::drawPoints(const std::vector<oxGeo::point3d>& points) {
     if (mSkip) return;
-    unlitScope unlit(false);
+    unlitScope unlit(/*lit*/ false);
     glBegin(GL_POINTS);
     for (const auto& p : points) vertex(p);
     glEnd();
@@ -147,7 +149,7 @@ void glDrawer::drawArrowHead(const oxGeo::point3d& from, const oxGeo::point3d& t
         return;   // a broken geometry library must not take the frame down
     }
     {
-        unlitScope unlit(false);
+        unlitScope unlit(/*lit*/ false);
         glBegin(GL_LINES);
         vertex(from);
         vertex(base);
@@ -180,7 +182,7 @@ void glDrawer::drawStippledLine(const oxGeo::point3d& a, const oxGeo::point3d& b
 
 void glDrawer::drawPolyline(const std::vector<oxGeo::point3d>& points) {
     if (mSkip) return;
-    unlitScope unlit(false);
+    unlitScope unlit(/*lit*/ false);
     glBegin(GL_LINE_STRIP);
     for (const auto& p : points) vertex(p);
     glEnd();
@@ -190,7 +192,7 @@ void glDrawer::drawMesh(const oxGeo::mesh3d& mesh, int mode) {
     if (mSkip) return;
     applyPolygonMode(mode);
     glDisable(GL_CULL_FACE);
-    glFlatTriangles triangles;
+    glFlatTriangles triangles(polygonModeOf(mode));
     triangles.add(mesh);
 }
 
@@ -225,11 +227,13 @@ void glDrawer::drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<
         }
         glNormal3f(static_cast<float>(n.x() / length), static_cast<float>(n.y() / length),
                    static_cast<float>(n.z() / length));
-        const oxGeo::point3d* corners[4] = {&patch.corner(0), &patch.corner(1), &patch.corner(2), nullptr};
-        for (int i = 0; i < 3; ++i) glVertex3d(corners[i]->x(), corners[i]->y(), corners[i]->z());
+        vertex(patch.corner(0));
+        vertex(patch.corner(1));
+        vertex(patch.corner(2));
         if (patch.isQuad()) {
-            corners[3] = &patch.corner(3);
-            for (int i : {2, 3, 0}) glVertex3d(corners[i]->x(), corners[i]->y(), corners[i]->z());
+            vertex(patch.corner(2));
+            vertex(patch.corner(3));
+            vertex(patch.corner(0));
         }
     }
     glEnd();
@@ -239,7 +243,7 @@ void glDrawer::drawPatch(const oxGeo::indexedTrianglePatch3d& patch, int mode) {
     if (mSkip) return;
     applyPolygonMode(mode);
     glDisable(GL_CULL_FACE);
-    glFlatTriangles triangles;
+    glFlatTriangles triangles(polygonModeOf(mode));
     triangles.add(patch);
 }
 

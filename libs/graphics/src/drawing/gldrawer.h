@@ -76,7 +76,11 @@ public:
     /// The glyph outlines of `text` (capital height 2) at z = 0, each edge through this drawer's
     /// own drawLine(a, b, true), so a variant that overrides drawLine changes text as well.
     void drawText(const ox::string& text, const ox::string& font) override;
-    /// Filled triangles coloured along from → to (see the source for the colour rule).
+    /// Filled, culling off, colour and material per vertex: where the plane through the vertex
+    /// across the from→to axis cuts the segment from→to, colorFrom and colorTo interpolated;
+    /// off the segment, the colour of the nearer end; equal colours give colorFrom. Alpha is
+    /// 1 − transparency. Normals are the face normal multiplied by its own length (not unit
+    /// length; GL_NORMALIZE copes).
     void drawMeshGradient(const oxGeo::mesh3d& mesh, float transparency, const ox::rgbColor& colorFrom,
                           const ox::rgbColor& colorTo, const oxGeo::point3d& from, const oxGeo::point3d& to) override;
     bool isRecordingValid(const ox::refPtr<iRecorded>& recording) const override;
