@@ -212,7 +212,17 @@ TEST_F(sceneTest, multisampledTargetsAndTheirRebuildRules) {
     view->setMultisamples(1);
     view->refreshFBOWithMultiSampling();
     EXPECT_GE(renderer->actualMultisamples(), 0);
-    if (renderer->actualMultisamples() < 2) EXPECT_FALSE(renderer->transparencyTargets().resolveFramebuffer());
+    if (renderer->actualMultisamples() < 2) {
+        EXPECT_FALSE(renderer->transparencyTargets().resolveFramebuffer());
+    }
+
+    // More samples than the driver stores: it grants its maximum, and the target is complete.
+    view->setMultisamples(1000);
+    view->refreshFBOWithMultiSampling();
+    EXPECT_EQ(renderer->actualMultisamples(), oxtest::readGlInteger(GL_MAX_SAMPLES));
+    glBindFramebuffer(GL_FRAMEBUFFER, renderer->offscreenTargets().multisampledFramebuffer);
+    EXPECT_EQ(glCheckFramebufferStatus(GL_FRAMEBUFFER), GLenum(GL_FRAMEBUFFER_COMPLETE));
+    glBindFramebuffer(GL_FRAMEBUFFER, 0);
 
     // Width or height 0: nothing is created.
     view->setMultisamples(4);

@@ -1,5 +1,7 @@
 #include "oxglscene.h"
 
+#include "glscreenmatrices.h"
+
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/glrenderdrawer.h"
 #include "oxglprogramlibrary.h"
@@ -194,27 +196,20 @@ void glScene::drawBackground() {
     glDisable(GL_LIGHTING);
     glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    glLoadIdentity();
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glLoadIdentity();
-    if (gradient) {
-        glBegin(GL_QUADS);
-        glColor(bottom);
-        glVertex2f(-1.0f, -1.0f);
-        glVertex2f(1.0f, -1.0f);
-        glColor(top);
-        glVertex2f(1.0f, 1.0f);
-        glVertex2f(-1.0f, 1.0f);
-        glEnd();
+    {
+        const glScreenMatrices screen;
+        if (gradient) {
+            glBegin(GL_QUADS);
+            glColor(bottom);
+            glVertex2f(-1.0f, -1.0f);
+            glVertex2f(1.0f, -1.0f);
+            glColor(top);
+            glVertex2f(1.0f, 1.0f);
+            glVertex2f(-1.0f, 1.0f);
+            glEnd();
+        }
+        if (image != nullptr) drawBackgroundImage(*image);
     }
-    if (image != nullptr) drawBackgroundImage(*image);
-    glPopMatrix();
-    glMatrixMode(GL_PROJECTION);
-    glPopMatrix();
-    glMatrixMode(GL_MODELVIEW);
     glPopAttrib();
 }
 
@@ -450,13 +445,7 @@ namespace {
 
 // Steps 2 to 5 of the XOR rectangle, without the draw buffer and polygon mode.
 void rubberRectangleLoop(const std::array<unsigned int, 4>& r, int width, int height, bool setPolygonMode) {
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    glLoadIdentity();
-    glOrtho(0, width, 0, height, -1, 1);
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glLoadIdentity();
+    const glScreenMatrices screen(width, height);
     glDisable(GL_LIGHTING);
     glDisable(GL_DEPTH_TEST);
     glColor3f(1.0f, 1.0f, 1.0f);
@@ -472,10 +461,6 @@ void rubberRectangleLoop(const std::array<unsigned int, 4>& r, int width, int he
     glEnable(GL_DEPTH_TEST);
     glEnable(GL_LIGHTING);
     glLineWidth(1.0f);
-    glPopMatrix();
-    glMatrixMode(GL_PROJECTION);
-    glPopMatrix();
-    glMatrixMode(GL_MODELVIEW);
 }
 
 } // namespace
@@ -537,37 +522,30 @@ void glScene::drawTextureToDisplayScreen() {
     if (const GLenum error = glGetError(); error != GL_NO_ERROR)
         OX_LOG_DEBUG(kScreenLogger, L"OpenGL-Error after glClear - %i", static_cast<int>(error));
 
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    glLoadIdentity();
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glLoadIdentity();
-    glPushAttrib(GL_CURRENT_BIT);
-    glDisable(GL_LIGHTING);
-    glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
-    glEnable(GL_TEXTURE_RECTANGLE);
-    glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
+    {
+        const glScreenMatrices screen;
+        glPushAttrib(GL_CURRENT_BIT);
+        glDisable(GL_LIGHTING);
+        glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
+        glEnable(GL_TEXTURE_RECTANGLE);
+        glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
 
-    // A new list every time; the previous one stays until the targets are released.
-    mScreenQuadList = glGenLists(1);
-    const float w = static_cast<float>(mViewportWidth), h = static_cast<float>(mViewportHeight);
-    glNewList(mScreenQuadList, GL_COMPILE_AND_EXECUTE);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0, 0); glVertex3f(-1, -1, -1);
-    glTexCoord2f(w, 0); glVertex3f(1, -1, -1);
-    glTexCoord2f(w, h); glVertex3f(1, 1, -1);
-    glTexCoord2f(0, h); glVertex3f(-1, 1, -1);
-    glEnd();
-    glEndList();
+        // A new list every time; the previous one stays until the targets are released.
+        mScreenQuadList = glGenLists(1);
+        const float w = static_cast<float>(mViewportWidth), h = static_cast<float>(mViewportHeight);
+        glNewList(mScreenQuadList, GL_COMPILE_AND_EXECUTE);
+        glBegin(GL_QUADS);
+        glTexCoord2f(0, 0); glVertex3f(-1, -1, -1);
+        glTexCoord2f(w, 0); glVertex3f(1, -1, -1);
+        glTexCoord2f(w, h); glVertex3f(1, 1, -1);
+        glTexCoord2f(0, h); glVertex3f(-1, 1, -1);
+        glEnd();
+        glEndList();
 
-    glBindTexture(GL_TEXTURE_RECTANGLE, 0);
-    glDisable(GL_TEXTURE_RECTANGLE);
-    glPopAttrib();
-    glPopMatrix();
-    glMatrixMode(GL_PROJECTION);
-    glPopMatrix();
-    glMatrixMode(GL_MODELVIEW);
+        glBindTexture(GL_TEXTURE_RECTANGLE, 0);
+        glDisable(GL_TEXTURE_RECTANGLE);
+        glPopAttrib();
+    }
     if (const GLenum error = glGetError(); error != GL_NO_ERROR)
         OX_LOG_DEBUG(kScreenLogger, L"OpenGL-Error after DrawTextureToDisplayScreen - %i", static_cast<int>(error));
 }

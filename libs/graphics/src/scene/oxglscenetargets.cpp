@@ -37,7 +37,11 @@ void glScene::initFBOWithMultiSampling(int width, int height) {
     glFramebufferTexture2DEXT(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_RECTANGLE, mResolveTexture, 0);
     if (!checkFBO()) OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - CheckFBO 1 failed");
 
-    const GLsizei samples = std::max(mRequestedSamples, 0);
+    // A count above what the driver can store would leave the target incomplete and every frame
+    // black; the driver may grant fewer samples than asked, so ask for at most its maximum.
+    GLint maxSamples = 0;
+    glGetIntegerv(GL_MAX_SAMPLES, &maxSamples);
+    const GLsizei samples = std::clamp(mRequestedSamples, 0, std::max(maxSamples, 0));
     glGenFramebuffersEXT(1, &mMultisampledFbo);
     glBindFramebufferEXT(GL_FRAMEBUFFER, mMultisampledFbo);
     glGenRenderbuffersEXT(1, &mColorRenderbuffer);

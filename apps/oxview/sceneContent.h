@@ -1,0 +1,27 @@
+#pragma once
+// What oxview shows: the mesh files of the command line, or the built-in sample scene.
+#include "oxdrawable.h"
+#include "oxrefptr.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace oxview {
+
+struct sceneContent_t {
+    std::vector<ox::refPtr<oxGraphics::iDrawable>> mDrawables;  ///< each frames itself for zoomAll
+    std::size_t mTriangles = 0;                                 ///< of the mesh files; 0 for the sample
+};
+
+/// The content, or the one-line reason why a file could not be used.
+struct contentResult_t {
+    sceneContent_t mContent;
+    std::string mError;  ///< "cannot load 'FILE': REASON"; empty on success
+};
+
+/// Loads every file as one mesh entity in a colour of its own (files beyond the palette reuse
+/// it); no files gives the sample scene. Stops at the first file that fails.
+contentResult_t buildContent(const std::vector<std::string>& meshFiles);
+
+} // namespace oxview

@@ -1,0 +1,283 @@
+// oxview driven through its command line: what it writes, what it prints, how it fails.
+#include "sphereStl.h"
+
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct runResult_t {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+};
+
+struct image_t {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> rgb;
+    std::array<int, 3> at(int x, int y) const {
+        const auto* p = &rgb[(static_cast<std::size_t>(y) * width + x) * 3];
+        return {p[0], p[1], p[2]};
+    }
+    /// The scene's default background, (0, 78, 152), within rounding.
+    bool isBackground(int x, int y) const {
+        const auto p = at(x, y);
+        return std::abs(p[0] - 0) + std::abs(p[1] - 78) + std::abs(p[2] - 152) <= 6;
+    }
+};
+
+std::string slurp(const fs::path& path) {
+    std::ifstream in(path);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+std::optional<image_t> readPng(const fs::path& path) {
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&png, path.c_str())) return std::nullopt;
+    png.format = PNG_FORMAT_RGB;
+    image_t image{static_cast<int>(png.width), static_cast<int>(png.height), {}};
+    image.rgb.resize(PNG_IMAGE_SIZE(png));
+    if (!png_image_finish_read(&png, nullptr, image.rgb.data(), 0, nullptr)) return std::nullopt;
+    return image;
+}
+
+class oxviewTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        sDir = fs::temp_directory_path() / ("oxviewTest-" + std::to_string(::getpid()));
+        fs::remove_all(sDir);
+        fs::create_directories(sDir / "in");
+        ASSERT_TRUE(oxtest::writeSphereStl(in("lopsided.stl"), {24, 48, true, -1}));
+    }
+    static void TearDownTestSuite() { fs::remove_all(sDir); }
+
+    static std::string in(const std::string& name) { return (sDir / "in" / name).string(); }
+
+    /// A new empty directory for one run's output.
+    static fs::path freshDir(const std::string& name) {
+        const fs::path dir = sDir / name;
+        fs::remove_all(dir);
+        fs::create_directories(dir);
+        return dir;
+    }
+
+    static runResult_t run(const std::string& args, const fs::path& cwd) {
+        const fs::path out = sDir / "stdout.txt", err = sDir / "stderr.txt";
+        const std::string command = "cd '" + cwd.string() + "' && '" OXVIEW_EXE "' " + args + " >'" + out.string() +
+                                    "' 2>'" + err.string() + "'";
+        const int status = std::system(command.c_str());
+        runResult_t result;
+        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        result.out = slurp(out);
+        result.err = slurp(err);
+        return result;
+    }
+
+    /// Renders into a fresh directory and reads the image back; fails the test when the run does.
+    static image_t render(const std::string& args, const std::string& what) {
+        const fs::path dir = freshDir("render");
+        const runResult_t r = run(args + " --out image.png", dir);
+        EXPECT_EQ(r.exitCode, 0) << what << ": " << r.err;
+        EXPECT_EQ(r.err, "") << what;
+        const auto image = readPng(dir / "image.png");
+        EXPECT_TRUE(image) << what << ": no readable PNG";
+        return image.value_or(image_t{});
+    }
+
+    static inline fs::path sDir;
+};
+
+TEST_F(oxviewTest, withoutArgumentsTheSampleGoesToOxviewPngInTheWorkingDirectory) {
+    const fs::path dir = freshDir("default");
+    const runResult_t r = run("", dir);
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(r.out, "oxview: wrote " + fs::canonical(dir / "oxview.png").string() +
+                         " (800x600, front-right view, 4 samples)\n");
+    EXPECT_EQ(r.err, "");
+    const auto image = readPng(dir / "oxview.png");
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->width, 800);
+    EXPECT_EQ(image->height, 600);
+    EXPECT_FALSE(image->isBackground(400, 300)) << "the centre shows the sample's parts";
+    EXPECT_TRUE(image->isBackground(2, 2)) << "zoomAll leaves a margin of background";
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 1) << "no temporary file left";
+}
+
+TEST_F(oxviewTest, everyStandardViewShowsTheMeshDifferentlyAndFrontRightIsTheDefault) {
+    const char* views[] = {"front", "back", "left", "right", "top", "bottom",
+                           "front-left", "front-right", "back-left", "back-right"};
+    std::set<std::vector<unsigned char>> distinct;
+    std::vector<unsigned char> frontRight;
+    for (const char* view : views) {
+        const image_t image = render(in("lopsided.stl") + " --size 160x120 --samples 0 --view " + view, view);
+        ASSERT_EQ(image.width, 160) << view;
+        EXPECT_FALSE(image.isBackground(80, 60)) << view;
+        EXPECT_TRUE(image.isBackground(0, 0)) << view;
+        distinct.insert(image.rgb);
+        if (std::string(view) == "front-right") frontRight = image.rgb;
+    }
+    EXPECT_EQ(distinct.size(), std::size(views));
+    EXPECT_EQ(render(in("lopsided.stl") + " --size 160x120 --samples 0", "default view").rgb, frontRight);
+}
+
+TEST_F(oxviewTest, sizeSamplesAndShaderOptions) {
+    struct row {
+        const char* args;
+        int width, height;
+    };
+    const row rows[] = {
+        {"--size 320x200", 320, 200},
+        {"--size 1x1", 1, 1},
+        {"--samples 0", 800, 600},
+        {"--samples 4", 800, 600},
+        {"--no-shaders", 800, 600},
+        {"--no-shaders --samples 0 --size 64x48", 64, 48},
+    };
+    std::map<std::string, std::vector<unsigned char>> images;
+    for (const row& r : rows) {
+        const image_t image = render(in("lopsided.stl") + " " + r.args, r.args);
+        ASSERT_EQ(image.width, r.width) << r.args;
+        ASSERT_EQ(image.height, r.height) << r.args;
+        EXPECT_FALSE(image.isBackground(r.width / 2, r.height / 2)) << r.args;
+        images[r.args] = image.rgb;
+    }
+    // Multisampling smooths the silhouette, so the pixels must differ.
+    EXPECT_NE(images["--samples 0"], images["--samples 4"]);
+
+    // More samples than the driver offers are reduced to its limit, not rendered black.
+    const fs::path dir = freshDir("manySamples");
+    const runResult_t many = run(in("lopsided.stl") + " --samples 32 --size 64x48 --out image.png", dir);
+    EXPECT_EQ(many.exitCode, 0);
+    EXPECT_TRUE(many.err.empty() ||
+                std::regex_match(many.err, std::regex("oxview: 32 samples asked for, the driver offers at most "
+                                                      "([0-9]+); using \\1\n")))
+        << many.err;
+    const auto image = readPng(dir / "image.png");
+    ASSERT_TRUE(image);
+    EXPECT_FALSE(image->isBackground(32, 24));
+    EXPECT_NE(image->at(32, 24), (std::array<int, 3>{0, 0, 0}));
+}
+
+TEST_F(oxviewTest, readsAsciiStlObjAndPlyAndGivesEachFileItsOwnColour) {
+    // Two unit cubes side by side: x in [-2, -1] (OBJ, quads) and [1, 2] (PLY, quads).
+    std::ofstream(in("left.obj")) << "v -2 0 0\nv -1 0 0\nv -1 1 0\nv -2 1 0\nv -2 0 1\nv -1 0 1\nv -1 1 1\nv -2 1 1\n"
+                                     "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n";
+    std::ofstream(in("right.ply")) << "ply\nformat ascii 1.0\nelement vertex 8\nproperty float x\nproperty float y\n"
+                                      "property float z\nelement face 6\nproperty list uchar int vertex_indices\n"
+                                      "end_header\n1 0 0\n2 0 0\n2 1 0\n1 1 0\n1 0 1\n2 0 1\n2 1 1\n1 1 1\n"
+                                      "4 0 3 2 1\n4 4 5 6 7\n4 0 1 5 4\n4 1 2 6 5\n4 2 3 7 6\n4 3 0 4 7\n";
+    {  // an octahedron: it covers the centre of its box from every side
+        std::ofstream stl(in("octahedron.stl"));
+        stl << "solid octahedron\n";
+        for (int s = 0; s < 8; ++s) {
+            const int x = s & 1 ? 1 : -1, y = s & 2 ? 1 : -1, z = s & 4 ? 1 : -1;
+            const bool flip = x * y * z < 0;  // keeps every face counter-clockwise from outside
+            stl << "facet normal 0 0 0\nouter loop\nvertex " << x << " 0 0\n"
+                << (flip ? "vertex 0 0 " + std::to_string(z) + "\nvertex 0 " + std::to_string(y) + " 0\n"
+                         : "vertex 0 " + std::to_string(y) + " 0\nvertex 0 0 " + std::to_string(z) + "\n")
+                << "endloop\nendfacet\n";
+        }
+        stl << "endsolid octahedron\n";
+    }
+    for (const char* file : {"left.obj", "right.ply", "octahedron.stl"}) {
+        const image_t image = render(in(file) + " --size 200x150", file);
+        EXPECT_FALSE(image.isBackground(100, 75)) << file;
+    }
+    // In the front view the cubes' front faces sit left and right of the centre, equally lit.
+    const image_t both = render(in("left.obj") + " " + in("right.ply") + " --view front --size 200x100", "two files");
+    ASSERT_EQ(both.width, 200);
+    EXPECT_TRUE(both.isBackground(100, 50)) << "the gap between the cubes";
+    EXPECT_FALSE(both.isBackground(30, 50));
+    EXPECT_FALSE(both.isBackground(170, 50));
+    EXPECT_NE(both.at(30, 50), both.at(170, 50)) << "each file has a colour of its own";
+}
+
+TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
+    oxtest::writeSphereStl(in("truncated.stl"), {24, 48, false, 1000});
+    oxtest::writeSphereStl(in("empty.stl"), {0, 48, false, -1});
+    std::ofstream(in("model.xyz")) << "v 0 0 0\n";
+    fs::create_directories(in("folder.stl"));
+
+    struct row {
+        std::string args;
+        int exitCode;
+        std::string error;  // a regular expression for the whole line
+    };
+    const std::string stl = in("lopsided.stl");
+    std::vector<row> rows = {
+        {in("missing.stl"), 1, "oxview: cannot load '.*/missing.stl': no such file"},
+        {in("truncated.stl"), 1,
+         "oxview: cannot load '.*/truncated.stl': corrupt binary STL: truncated \\(the header announces 2304 "
+         "triangles in 115284 bytes, the file has 50084\\)"},
+        {in("model.xyz"), 1, "oxview: cannot load '.*/model.xyz': unknown extension '.xyz' .*"},
+        {in("empty.stl"), 1, "oxview: cannot load '.*/empty.stl': contains no triangles \\(empty mesh\\)"},
+        {in("folder.stl"), 1, "oxview: cannot load '.*/folder.stl': is a directory, not a file"},
+        {stl + " " + in("missing.obj"), 1, "oxview: cannot load '.*/missing.obj': no such file"},
+        {stl + " --out nowhere/image.png", 1,
+         "oxview: cannot write 'nowhere/image.png': the directory 'nowhere' does not exist"},
+        {stl + " --view sideways", 2, "oxview: unknown view 'sideways' \\(use one of front, .*, back-right\\)"},
+        {stl + " --view", 2, "oxview: option --view needs a view name .*"},
+        {stl + " --size 0x600", 2, "oxview: option --size needs WIDTHxHEIGHT .*, not '0x600'"},
+        {stl + " --size 800", 2, "oxview: option --size needs WIDTHxHEIGHT .*, not '800'"},
+        {stl + " --samples -1", 2, "oxview: option --samples needs a count from 0 to 32, not '-1'"},
+        {stl + " --samples 33", 2, "oxview: option --samples needs a count from 0 to 32, not '33'"},
+        {stl + " --frobnicate", 2, "oxview: unknown option '--frobnicate' \\(try --help\\)"},
+        {stl + " --frames 3", 2, "oxview: option --frames only applies to --window"},
+    };
+    if (::geteuid() != 0) {  // root reads any file
+        std::ofstream(in("locked.stl")) << "solid x\n";
+        fs::permissions(in("locked.stl"), fs::perms::none);
+        rows.push_back({in("locked.stl"), 1, "oxview: cannot load '.*/locked.stl': cannot be read: Permission denied"});
+    }
+    for (const row& r : rows) {
+        const fs::path dir = freshDir("failing");
+        // --out comes first so that a row's own --out wins and a dangling option stays last.
+        const runResult_t result = run("--out image.png " + r.args, dir);
+        EXPECT_EQ(result.exitCode, r.exitCode) << r.args;
+        EXPECT_EQ(result.out, "") << r.args;
+        EXPECT_TRUE(std::regex_match(result.err, std::regex(r.error + "\n"))) << r.args << "\n" << result.err;
+        EXPECT_TRUE(fs::is_empty(dir)) << r.args << ": no output file, not even a partial one";
+    }
+}
+
+TEST_F(oxviewTest, rendersAMillionTriangleBinaryStl) {
+    const std::string big = (sDir / "million.stl").string();
+    ASSERT_TRUE(oxtest::writeSphereStl(big, {500, 1000, false, -1}));
+    EXPECT_EQ(fs::file_size(big), 84u + 50u * 1000000u);
+    const image_t image = render(big + " --size 400x300", "million triangles");
+    fs::remove(big);
+    ASSERT_EQ(image.width, 400);
+    EXPECT_FALSE(image.isBackground(200, 150));
+    EXPECT_TRUE(image.isBackground(5, 5));
+}
+
+TEST_F(oxviewTest, helpDescribesEveryOption) {
+    const runResult_t r = run("--help", sDir);
+    EXPECT_EQ(r.exitCode, 0);
+    for (const char* option : {"--view", "--size", "--samples", "--out", "--no-shaders", "--timings", "--window",
+                               "--frames", "--help"})
+        EXPECT_NE(r.out.find(option), std::string::npos) << option;
+}
+
+} // namespace
