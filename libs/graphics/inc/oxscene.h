@@ -34,6 +34,7 @@
 #include "oxrefptr.h"
 #include "oxthread.h"
 
+#include <atomic>
 #include <deque>
 #include <string>
 #include <vector>
@@ -221,6 +222,12 @@ public:
     /// Looks along the direction (x, y, z) (into the screen), keeping world +Z as far up as possible.
     void setCustomViewDirection(double x, double y, double z, bool animate, const oxGeo::point3d& pivot);
     /// True while a transfer thread exists and has not finished.
+    ///
+    /// Threads: the steps of a worker transfer fire kEventViewChanged on the worker, and requests
+    /// queued meanwhile are replayed there after it (so kEventSceneChanged can come from it too);
+    /// observers marshal to their GUI thread. Destroying the scene stops a running transfer after
+    /// its current step and waits for that; an observer must not drop the last reference to the
+    /// scene from inside an event.
     bool smoothViewActive() const;
     bool isInFrontView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
     bool isInBackView(bool, const oxGeo::matrix3d& model, const oxGeo::point3d&) const;
@@ -248,8 +255,13 @@ private:
         oxGeo::boundBox3d box;     // reserved for fitting requests
     };
     void fireSceneChanged();
+    /// Where the transfer machinery is: idle; a worker transfer running; or replaying the
+    /// requests queued during one (new requests keep queuing until the queue is empty).
+    enum class eTransferState { idle, running, replaying };
     void setStandardView(eViewSetter setter, bool animate, const oxGeo::matrix3d& model, const oxGeo::point3d& pivot,
                          const oxGeo::vector3d& extra);
+    void applyViewRequest(const viewRequest_t& request);
+    void stopTransfers();
     void smoothViewTransfer(const oxGeo::quaternion& q, const oxGeo::vector3d& translation,
                             const oxGeo::vector3d& scale, const oxGeo::point3d& pivot);
     void runTransferSteps();
@@ -266,7 +278,9 @@ private:
     double mPrecedingAngle = 0.0;
     const bool mSmoothViewEnabled;
     ox::refPtr<ox::thread> mTransferThread;
-    mutable ox::mutex mTransferLock;  // guards the targets, the queue and the thread member
+    mutable ox::mutex mTransferLock;  // guards the targets, the queue, the state and the thread member
+    eTransferState mTransferState = eTransferState::idle;
+    std::atomic<bool> mTransferCancelled{false};
     oxGeo::quaternion mTargetRotation;
     oxGeo::vector3d mTargetTranslation;
     oxGeo::vector3d mTargetScale{1.0, 1.0, 1.0};

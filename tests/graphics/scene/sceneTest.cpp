@@ -1,6 +1,8 @@
 #include "sceneTestSupport.h"
 
 #include "oxglframebuffer.h"
+#include "oxmeshentity.h"
+#include "oxgeomeshfactory.h"
 #include "oxglshader.h"
 #include "scene/oxglscene.h"
 
@@ -272,7 +274,7 @@ TEST_F(sceneTest, eachScreenQuadIsANewListUntilTheTargetsAreReleased) {
     EXPECT_TRUE(glIsList(first));  // not deleted by the next frame
     view->refreshFBOWithMultiSampling();
     EXPECT_FALSE(glIsList(second)); // the release deletes the last one
-    glDeleteLists(first, 1);
+    EXPECT_FALSE(glIsList(first));  // and the ones before it
 }
 
 TEST_F(sceneTest, writeToBufferAndTheFrameBufferReadTheSameBgraBottomRowFirst) {
@@ -318,6 +320,38 @@ TEST_F(sceneTest, frameBufferOfNoSceneIsInertAndOneByOneReadsBgra) {
     EXPECT_NEAR(bytes[1], 128, 1); // G
     EXPECT_EQ(bytes[2], 255);  // R
     EXPECT_EQ(bytes[3], 255);  // A
+}
+
+TEST_F(sceneTest, aPlacedEntityKeepsItsPlacementToItselfAndLeftoverLineModeIsNoHarm) {
+    auto view = oxtest::makeScene(100, 100, 4);
+    view->setColor({0, 0, 0}, 1 | 2);
+    auto box = std::make_shared<oxGeo::mesh3d>();
+    oxGeo::meshfactory::appendBoxMesh(1, 1, 1, *box, true);
+    auto placed = oxGraphics::meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(box));
+    oxGeo::matrix3d shift;
+    shift.setToTranslation({3, 3, 0});
+    placed->setTransformation(shift);
+    view->add(ox::refPtr<oxGraphics::iDrawable>(placed));
+    view->add(ox::refPtr<oxGraphics::iDrawable>(new testSquare({0, 0, 0}, 2, {255, 0, 0})));
+    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE); // as a rubber band leaves it
+    oxtest::paint(*view);
+    std::unique_ptr<char[]> pixels(view->writeToBuffer());
+    EXPECT_EQ(oxtest::pixelOf(pixels.get(), 100, 50, 50)[0], 255); // the square where it belongs, filled
+    EXPECT_GT(oxtest::pixelOf(pixels.get(), 100, 80, 80)[1], 100);  // the white box at (3, 3)
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+}
+
+TEST_F(sceneTest, droppingTheSceneDuringATransferWaitsForItsStepAndCleansUpHere) {
+    auto view = oxtest::makeScene(32, 32, 4, false, /*smoothView*/ true);
+    ox::refPtr<eventCounter> events(new eventCounter);
+    view->addObserver(events);
+    const unsigned int framebuffer = ox::dynamicRefCast<glScene>(view->implementation())->offscreenTargets().multisampledFramebuffer;
+    view->setBackView(true, oxGeo::matrix3d(), oxGeo::point3d());
+    view->setFrontView(true, oxGeo::matrix3d(), oxGeo::point3d()); // queued
+    view.reset();                                                 // the last reference
+    EXPECT_LE(events->viewSteps, 15); // stopped: the queued transfer never ran
+    EXPECT_TRUE(oxtest::sharedGlContext()->isCurrent());
+    EXPECT_FALSE(glIsFramebuffer(framebuffer)); // deleted on this thread, in this context
 }
 
 } // namespace

@@ -4,8 +4,9 @@
 //
 // With the mix flag set, a colour other than the exempt colour is blended with the highlight
 // instead: each channel round((highlight + c) · 0.5 · 0.85), ties to even, clamped to 0..255 —
-// so a highlighted part keeps a hint of its own colour. The scene leaves the flag off; hosts that
-// want mixing set it (and the exempt colour, e.g. a colour that must always show plainly).
+// so a highlighted part keeps a hint of its own colour. The scene's frame leaves the flag off, so
+// its highlights are plain; a renderer that wants mixing sets the flag and the exempt colour (a
+// colour that must always show plainly) on its own highlight drawer.
 // Transparency is applied as alpha and never defers: transparent drawables are drawn at once.
 #include "gldrawer.h"
 

@@ -22,7 +22,10 @@ ox::refPtr<glRecording> glRecording::create(const ox::refPtr<iGlContext>& contex
         OX_LOG_DEBUG("oxGraphics::openGL::glRecording::create", L"list %i is still being compiled", openList);
         return {};
     }
-    const std::uint32_t id = glListIdRegistry::instance().next();
+    // Skip ids this context already uses for lists of its own (the host's, the screen quad's):
+    // compiling into one would overwrite it.
+    std::uint32_t id = glListIdRegistry::instance().next();
+    for (int tries = 0; glIsList(id) == GL_TRUE && tries < (1 << 20); ++tries) id = glListIdRegistry::instance().next();
     glNewList(id, GL_COMPILE);
     return ox::refPtr<glRecording>(new glRecording(context, id));
 }

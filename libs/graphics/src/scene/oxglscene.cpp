@@ -2,6 +2,7 @@
 
 #include "glscreenmatrices.h"
 
+#include "drawing/gldrawer.h"
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/glrenderdrawer.h"
 #include "oxglprogramlibrary.h"
@@ -48,6 +49,19 @@ const framePrograms_t& framePrograms() {
                                           getShaderProgram("texturedScreenQuadShaderProgram"),
                                           getShaderProgram("blendedOitDebugVisShaderProgram")};
     return programs;
+}
+
+// Draws one drawable between a push and a pop of the model-view matrix, so a placement it
+// multiplies on stays its own. A drawable that throws is logged and skipped; the frame goes on.
+void drawOne(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode, shaderProgram* program) {
+    drawer.setCurrentDrawable(drawable);
+    drawer.pushMatrix();
+    try {
+        drawable->draw(&drawer, mode, program);
+    } catch (...) {
+        OX_LOG_DEBUG("oxGraphics::openGL::glScene::draw", L"a drawable threw while drawing; it was skipped");
+    }
+    drawer.popMatrix();
 }
 
 } // namespace
@@ -192,7 +206,9 @@ void glScene::drawBackground() {
     const bool gradient = !mTransparentBackground && !(top == bottom);
     if (!gradient && image == nullptr) return;
 
-    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT | GL_TEXTURE_BIT);
+    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_DEPTH_BUFFER_BIT | GL_COLOR_BUFFER_BIT | GL_TEXTURE_BIT |
+                 GL_POLYGON_BIT);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); // a rubber band leaves GL_LINE behind
     glDisable(GL_LIGHTING);
     glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
@@ -398,15 +414,12 @@ void glScene::draw() {
         if (drawable == mModifiedDrawable) continue;
         if (mSelection.contains(drawable)) {
             if (program) program->setUniformInt("u_isSelected", 1);
-            selectionDrawer.setCurrentDrawable(drawable);
-            drawable->draw(&selectionDrawer, eRendermode::selected, program);
+            drawOne(selectionDrawer, drawable, eRendermode::selected, program);
             if (program) program->setUniformInt("u_isSelected", 0);
         } else if (mModifyEnabled.contains(drawable)) {
-            modifyDrawer.setCurrentDrawable(drawable);
-            drawable->draw(&modifyDrawer, eRendermode::modifyEnabled, program);
+            drawOne(modifyDrawer, drawable, eRendermode::modifyEnabled, program);
         } else {
-            render.setCurrentDrawable(drawable);
-            drawable->draw(&render, eRendermode::opaque, program);
+            drawOne(render, drawable, eRendermode::opaque, program);
         }
     }
 
@@ -416,10 +429,7 @@ void glScene::draw() {
         const GLboolean culling = glIsEnabled(GL_CULL_FACE);
         glDisable(GL_CULL_FACE);
         render.beginTransparentPass(true);
-        for (const auto& drawable : render.deferredDrawables()) {
-            render.setCurrentDrawable(drawable);
-            drawable->draw(&render, eRendermode::transparent, program);
-        }
+        for (const auto& drawable : render.deferredDrawables()) drawOne(render, drawable, eRendermode::transparent, program);
         render.endTransparentPass(true);
         if (culling) glEnable(GL_CULL_FACE);
     }
@@ -524,13 +534,15 @@ void glScene::drawTextureToDisplayScreen() {
 
     {
         const glScreenMatrices screen;
-        glPushAttrib(GL_CURRENT_BIT);
+        glPushAttrib(GL_CURRENT_BIT | GL_POLYGON_BIT);
+        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); // a rubber band leaves GL_LINE behind
         glDisable(GL_LIGHTING);
         glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
         glEnable(GL_TEXTURE_RECTANGLE);
         glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
 
         // A new list every time; the previous one stays until the targets are released.
+        if (mScreenQuadList != 0) mEarlierScreenQuadLists.push_back(mScreenQuadList);
         mScreenQuadList = glGenLists(1);
         const float w = static_cast<float>(mViewportWidth), h = static_cast<float>(mViewportHeight);
         glNewList(mScreenQuadList, GL_COMPILE_AND_EXECUTE);
@@ -564,10 +576,7 @@ char* glScene::writeToBuffer() const {
         glBindTexture(GL_TEXTURE_RECTANGLE, 0);
     } else {
         // Drawn straight into the window's back buffer.
-        GLint readBuffer = GL_BACK;
-        glGetIntegerv(GL_READ_BUFFER, &readBuffer);
         glReadPixels(0, 0, mViewportWidth, mViewportHeight, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
-        glReadBuffer(static_cast<GLenum>(readBuffer));
     }
     glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
     return buffer;

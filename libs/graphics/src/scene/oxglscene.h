@@ -172,6 +172,7 @@ private:
     unsigned int mDepthStencilRenderbuffer = 0;
     unsigned int mResolveTexture = 0;
     unsigned int mScreenQuadList = 0;
+    std::vector<unsigned int> mEarlierScreenQuadLists;  // kept for the release to delete
     const bool mPresentToWindow;
     int mViewportWidth = 0;
     int mViewportHeight = 0;

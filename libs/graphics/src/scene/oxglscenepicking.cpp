@@ -41,12 +41,16 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
 
     GLint viewport[4];
     glGetIntegerv(GL_VIEWPORT, viewport);
+    // The caller's matrices are kept; the selection uses this view's projection and camera.
     GLdouble projection[16];
     glMatrixMode(GL_PROJECTION);
-    if (mProjection.hasExtents()) mProjection.applyProjection(); // this view's projection, not a stale one
+    glPushMatrix();
+    if (mProjection.hasExtents()) mProjection.applyProjection();
     glMatrixMode(GL_PROJECTION);
     glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
+    glMatrixMode(GL_PROJECTION);
 
     glRenderMode(GL_SELECT);
     glInitNames();
@@ -69,9 +73,16 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
         for (const auto& drawable : mDrawables) {
             ++name;
             nameMap.emplace(name, drawable);
+            // Names a drawable left pushed would otherwise carry its hits over to the next one.
+            while (drawer.nameDepth() > 0) drawer.popName();
             glLoadName(name);
             drawer.setCurrentDrawable(drawable);
-            drawable->draw(&drawer, eRendermode::select, nullptr);
+            drawer.pushMatrix();
+            try {
+                drawable->draw(&drawer, eRendermode::select, nullptr);
+            } catch (...) {
+            }
+            drawer.popMatrix();
         }
         drawer.setCurrentDrawable({});
     }
@@ -81,6 +92,7 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
+    glPopMatrix();
 
     if (hitCount <= 0) return;
     hits.reserve(static_cast<std::size_t>(hitCount));

@@ -21,6 +21,7 @@ void glScene::initFBOWithMultiSampling(int width, int height) {
     if (!makeCurrent()) return;
     if (mRequestedSamples < 1 && mPresentToWindow) return; // frames go straight into the back buffer
     if (width == 0 || height == 0) return;
+    deleteOffscreenTargets(); // called twice without a release in between, the old ones would leak
 
     // Resolve target: a rectangle texture read back and shown by drawTextureToDisplayScreen.
     glGenTextures(1, &mResolveTexture);
@@ -86,6 +87,8 @@ void glScene::deleteOffscreenTargets() {
     mResolveTexture = 0;
     if (mScreenQuadList != 0) glDeleteLists(mScreenQuadList, 1);
     mScreenQuadList = 0;
+    for (const unsigned int list : mEarlierScreenQuadLists) glDeleteLists(list, 1);
+    mEarlierScreenQuadLists.clear();
     mTargetWidth = mTargetHeight = 0;
     mActualSamples = 0; // nothing is left to have samples
 }

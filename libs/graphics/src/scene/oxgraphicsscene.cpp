@@ -33,6 +33,8 @@ scene::scene(const ox::refPtr<iGlContext>& context, bool presentToWindow, bool s
     : mImplementation(openGL::glScene::create(context, presentToWindow)), mSmoothViewEnabled(smoothViewEnabled) {}
 
 scene::~scene() {
+    // A running transfer stops after its current step; nothing of the scene is released before.
+    stopTransfers();
     // The renderer goes first (with it the GL objects), then the queue, the thread and observers.
     mImplementation.reset();
     mRequestQueue.clear();
@@ -279,7 +281,8 @@ void scene::pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox:
 
     const oxGeo::vector3d viewScale = mImplementation->cameraModelState().scale;
     OX_LOG_DEBUG(kPickLogger, L"viewscaling = %ls", oxGeo::dtconvert<ox::string, oxGeo::vector3d>(viewScale).c_str());
-    const auto tolerance = static_cast<std::uint32_t>(hsize * 40000.0 * viewScale.z());
+    // The integer part, held to the depth range (a negative or huge scale would not fit).
+    const auto tolerance = static_cast<std::uint32_t>(std::clamp(hsize * 40000.0 * viewScale.z(), 0.0, 4294967295.0));
 
     const auto& preferred = mImplementation->preferredPickTypes();
     const pickHit_t* best = nullptr;

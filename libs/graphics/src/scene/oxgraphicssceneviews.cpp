@@ -41,12 +41,14 @@ oxGeo::vector3d inPlane(const oxGeo::vector3d& v) {
 // ---- corrections -----------------------------------------------------------------------------
 
 void scene::setViewPreceding(const oxGeo::vector3d& axis, double angleDeg) {
+    ox::mutexLock lock(mTransferLock); // replayed requests read it on the transfer's thread
     mPrecedingAxis = axis;
     mPrecedingAngle = angleDeg;
 }
 const oxGeo::vector3d& scene::viewPrecedingAxis() const { return mPrecedingAxis; }
 double scene::viewPrecedingAngle() const { return mPrecedingAngle; }
 void scene::setViewOrientation(const oxGeo::vector3d& axis, double angleDeg) {
+    ox::mutexLock lock(mTransferLock);
     mOrientationAxis = axis;
     mOrientationAngle = angleDeg;
 }
@@ -95,11 +97,11 @@ void scene::setCustomViewDirection(double x, double y, double z, bool animate, c
     setStandardView(eViewSetter::custom, animate, oxGeo::matrix3d(), pivot, oxGeo::vector3d(x, y, z));
 }
 
-bool scene::transferRunning() const { return mTransferThread && !mTransferThread->hasFinished(); }
+bool scene::transferRunning() const { return mTransferState != eTransferState::idle; }
 
 bool scene::smoothViewActive() const {
     ox::mutexLock lock(mTransferLock);
-    return transferRunning();
+    return mTransferThread && !mTransferThread->hasFinished();
 }
 
 void scene::setStandardView(eViewSetter setter, bool animate, const oxGeo::matrix3d& model,
@@ -111,6 +113,12 @@ void scene::setStandardView(eViewSetter setter, bool animate, const oxGeo::matri
         mRequestQueue.push_back({setter, animate, model, pivot, extra, {}});
         return;
     }
+    applyViewRequest({setter, animate, model, pivot, extra, {}});
+}
+
+void scene::applyViewRequest(const viewRequest_t& request) {
+    const eViewSetter setter = request.setter;
+    const oxGeo::vector3d& extra = request.extra;
     const ox::refPtr<iCamera> cam = mImplementation->camera();
     if (cam->anglesMode()) {
         // Planar mode: presets of azimuth, elevation and twist; rotation, translation and scale stay.
@@ -177,19 +185,24 @@ void scene::setStandardView(eViewSetter setter, bool animate, const oxGeo::matri
         break;
     }
     }
-    const oxGeo::quaternion q = base.mult(oxGeo::quaternion(model))
-                                    .mult(correctionQuaternion(mPrecedingAxis, mPrecedingAngle))
-                                    .mult(correctionQuaternion(mOrientationAxis, mOrientationAngle));
+    oxGeo::quaternion q;
+    {
+        ox::mutexLock lock(mTransferLock); // the corrections may be set from another thread
+        q = base.mult(oxGeo::quaternion(request.model))
+                .mult(correctionQuaternion(mPrecedingAxis, mPrecedingAngle))
+                .mult(correctionQuaternion(mOrientationAxis, mOrientationAngle));
+    }
 
-    if (animate) {
+    if (request.animate) {
         const cameraModelState_t state = mImplementation->cameraModelState();
-        smoothViewTransfer(q, state.translation, state.scale, pivot);
+        smoothViewTransfer(q, state.translation, state.scale, request.pivot);
         return;
     }
-    const oxGeo::quaternion r0 = cam->rotation();
+    // Read through the locked state: a transfer's worker may be writing the camera meanwhile.
+    const oxGeo::quaternion r0 = mImplementation->cameraModelState().rotation;
     cam->setRotation(q);
-    const oxGeo::quaternion r1 = cam->rotation();
-    translateBackToPivotPoint(r0, r1, pivot);
+    const oxGeo::quaternion r1 = mImplementation->cameraModelState().rotation;
+    translateBackToPivotPoint(r0, r1, request.pivot);
     fireSceneChanged();
 }
 
@@ -205,7 +218,7 @@ void scene::translateBackToPivotPoint(const oxGeo::quaternion& from, const oxGeo
 void scene::smoothViewTransfer(const oxGeo::quaternion& q, const oxGeo::vector3d& translation,
                                const oxGeo::vector3d& scale, const oxGeo::point3d& pivot) {
     ox::mutexLock lock(mTransferLock);
-    if (transferRunning()) return;
+    if (mTransferThread && !mTransferThread->hasFinished()) return;
     mTargetRotation = q;
     mTargetTranslation = translation;
     mTargetScale = scale;
@@ -214,16 +227,17 @@ void scene::smoothViewTransfer(const oxGeo::quaternion& q, const oxGeo::vector3d
         runTransferSteps();
         return;
     }
-    // The worker holds a reference to the scene until its completion handler has run.
-    addRef();
+    const eTransferState previous = mTransferState;
     mTransferThread = ox::thread::create(true, ox::thread::ePriority::normal, false, &scene::transferThreadMain, this);
-    if (!mTransferThread) {
-        release();
-        runTransferSteps(); // no thread to be had: animate here rather than not at all
-        return;
-    }
     ox::signalPool::singleton().attach(mTransferThread.get(), &scene::onTransferFinished, this);
-    mTransferThread->start();
+    mTransferState = eTransferState::running;
+    if (!mTransferThread->start()) {
+        // No thread to be had: animate here rather than not at all.
+        ox::signalPool::singleton().detach(mTransferThread.get(), &scene::onTransferFinished, this);
+        mTransferThread.reset();
+        mTransferState = previous;
+        runTransferSteps();
+    }
 }
 
 int scene::transferThreadMain(void* self) {
@@ -240,7 +254,7 @@ void scene::runTransferSteps() {
         target = {mTargetRotation, mTargetTranslation, mTargetScale};
         pivot = mTargetPivot;
     }
-    for (int step = 1; step <= kTransferSteps; ++step) {
+    for (int step = 1; step <= kTransferSteps && !mTransferCancelled; ++step) {
         const double t = std::min(step * kTransferStep, 1.0);
         const double f = (std::sin(t * kPi - kPi / 2) + 1) / 2; // eases in and out
         mImplementation->setCameraInterpolation(start, target, t >= 1.0 ? 1.0 : f);
@@ -249,32 +263,48 @@ void scene::runTransferSteps() {
     }
 }
 
+// Runs on the worker once its transfer has finished: replays the requests queued meanwhile, in
+// order. New requests keep queuing until the queue is empty; a replayed animated request starts
+// the next transfer, whose own completion carries on with the rest.
 void scene::onTransferFinished(ox::thread* thread, void* self) {
     auto* me = static_cast<scene*>(self);
-    std::deque<viewRequest_t> pending;
-    {
+    ox::signalPool::singleton().detach(thread, &scene::onTransferFinished, self);
+    for (;;) {
+        viewRequest_t request;
+        {
+            ox::mutexLock lock(me->mTransferLock);
+            if (me->mTransferCancelled || me->mRequestQueue.empty()) {
+                me->mTransferState = eTransferState::idle;
+                return;
+            }
+            request = me->mRequestQueue.front();
+            me->mRequestQueue.pop_front();
+            me->mTransferState = eTransferState::replaying;
+        }
+        me->applyViewRequest(request);
         ox::mutexLock lock(me->mTransferLock);
-        ox::signalPool::singleton().detach(thread, &scene::onTransferFinished, self);
-        pending.swap(me->mRequestQueue);
+        if (me->mTransferState == eTransferState::running) return; // the next transfer took over
     }
-    // Replayed in order; a replayed animated request starts a new transfer, and the ones after it
-    // queue up behind that one.
-    for (const viewRequest_t& request : pending) {
-        switch (request.setter) {
-        case eViewSetter::top:
-            me->setTopView(request.animate, request.model, request.pivot, request.extra);
-            break;
-        case eViewSetter::bottom:
-            me->setBottomView(request.animate, request.model, request.pivot, request.extra);
-            break;
-        case eViewSetter::custom:
-            me->setCustomViewDirection(request.extra.x(), request.extra.y(), request.extra.z(), request.animate,
-                                       request.pivot);
-            break;
-        default: me->setStandardView(request.setter, request.animate, request.model, request.pivot, request.extra);
+}
+
+void scene::stopTransfers() {
+    mTransferCancelled = true;
+    // A replay may start one more transfer before it sees the flag; wait for each in turn.
+    for (;;) {
+        ox::refPtr<ox::thread> running;
+        {
+            ox::mutexLock lock(mTransferLock);
+            running = mTransferThread;
+        }
+        if (!running) return;
+        ox::signalPool::singleton().detach(running.get(), &scene::onTransferFinished, this);
+        running->join();
+        ox::mutexLock lock(mTransferLock);
+        if (mTransferThread == running) {
+            mTransferThread.reset();
+            return;
         }
     }
-    me->release();
 }
 
 // ---- view tests ------------------------------------------------------------------------------
