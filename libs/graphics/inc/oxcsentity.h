@@ -11,6 +11,7 @@
 #include "oxrefptr.h"
 
 #include <memory>
+#include <optional>
 
 namespace oxGraphics {
 
@@ -64,6 +65,9 @@ private:
 
     oxGeo::matrix3d mCs;
     std::unique_ptr<oxGeo::matrix3d> mTransformation;
+    // The world box, kept until the geometry or the transformation changes (invalidate,
+    // setTransformation): camera drags ask for it on every mouse move.
+    mutable std::optional<oxGeo::boundBox3d> mBounds;
     double mSize = 1.0;
     ox::refPtr<iRecorded> mCubeRecording;
     ox::refPtr<iRecorded> mXArrowRecording;

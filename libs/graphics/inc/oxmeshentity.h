@@ -14,6 +14,7 @@
 #include "oxsharedptr.h"
 
 #include <memory>
+#include <optional>
 
 namespace oxGraphics {
 
@@ -49,6 +50,8 @@ public:
 
     /// The mesh's vertices through the transformation, in world space; invalid for an empty
     /// pointer or a mesh without vertices.
+    /// (Computed once and kept until invalidate or setTransformation: call invalidate after
+    /// changing the shared geometry, as for the recording.)
     oxGeo::boundBox3d boundingBox() const;
 
 protected:
@@ -58,6 +61,9 @@ protected:
 private:
     ox::const_sharedPtr<oxGeo::mesh3d> mMesh;
     std::unique_ptr<oxGeo::matrix3d> mTransformation;
+    // The world box, kept until the geometry or the transformation changes (invalidate,
+    // setTransformation): camera drags ask for it on every mouse move.
+    mutable std::optional<oxGeo::boundBox3d> mBounds;
     ox::rgbColor mColor{255, 255, 255};
     ox::refPtr<iRecorded> mRecording;
 };

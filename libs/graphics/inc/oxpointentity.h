@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace oxGraphics {
@@ -60,6 +61,9 @@ protected:
 private:
     std::vector<oxGeo::point3d> mPoints;
     std::unique_ptr<oxGeo::matrix3d> mTransformation;
+    // The world box, kept until the geometry or the transformation changes (invalidate,
+    // setTransformation): camera drags ask for it on every mouse move.
+    mutable std::optional<oxGeo::boundBox3d> mBounds;
     ox::rgbColor mColor{255, 255, 255};
     std::int32_t mPointSize = 2;
     ox::refPtr<iRecorded> mRecording;

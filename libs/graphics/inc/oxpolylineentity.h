@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace oxGraphics {
 
@@ -51,6 +52,8 @@ public:
 
     /// The polyline's points through the transformation, in world space; invalid for an empty
     /// pointer or a polyline without points.
+    /// (Computed once and kept until invalidate or setTransformation: call invalidate after
+    /// changing the shared geometry, as for the recording.)
     oxGeo::boundBox3d boundingBox() const;
 
 protected:
@@ -60,6 +63,9 @@ protected:
 private:
     ox::const_sharedPtr<oxGeo::polyline3d> mPolyline;
     std::unique_ptr<oxGeo::matrix3d> mTransformation;
+    // The world box, kept until the geometry or the transformation changes (invalidate,
+    // setTransformation): camera drags ask for it on every mouse move.
+    mutable std::optional<oxGeo::boundBox3d> mBounds;
     ox::rgbColor mColor{255, 255, 255};
     std::int32_t mLineWidth = 1;
     ox::refPtr<iRecorded> mRecording;

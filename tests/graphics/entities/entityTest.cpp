@@ -198,6 +198,7 @@ TEST(entityTest, boundingBoxesFollowTheTransformationAndMatchWhatIsDrawn) {
         {triad.get(), [&] { return triad->boundingBox(); }, {{5 + 7.6 / r, 9.8 / r, -0.1}, {5 + 12.4 / r, 12.4 / r, 2.4}}},
     };
     for (const auto& c : cases) {
+        (void)c.bounds(); // an untransformed box, kept until the transformation changes
         c.entity->setTransformation(turnAndShift);
         recordingDrawer drawer;
         draw(*c.entity, drawer);
@@ -205,6 +206,16 @@ TEST(entityTest, boundingBoxesFollowTheTransformationAndMatchWhatIsDrawn) {
         EXPECT_TRUE(c.bounds().isEqualTo(boxOf(drawer.mDrawn), 1e-9)) << typeid(*c.entity).name();
     }
     EXPECT_FALSE(meshEntity::create(nullptr)->boundingBox().isValid());
+
+    // The box is kept until invalidate: the host calls it after changing shared geometry.
+    auto shared = std::make_shared<oxGeo::mesh3d>();
+    shared->addVertex({0, 0, 0});
+    auto grown = meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(shared));
+    EXPECT_TRUE(grown->boundingBox().isEqualTo({point3d(), point3d()}, 0.0));
+    shared->addVertex({4, 5, 6});
+    EXPECT_TRUE(grown->boundingBox().isEqualTo({point3d(), point3d()}, 0.0));
+    grown->invalidate();
+    EXPECT_TRUE(grown->boundingBox().isEqualTo({point3d(), point3d(4, 5, 6)}, 0.0));
 }
 
 TEST(entityTest, boundedDrawableForwardsAndProvidesBounds) {

@@ -290,6 +290,25 @@ TEST_F(sceneTest, writeToBufferAndTheFrameBufferReadTheSameBgraBottomRowFirst) {
         EXPECT_EQ(oxtest::pixelOf(fromScene.get(), 20, 1, 5), (oxtest::rgba8{10, 20, 30, 255})) << samples;
         EXPECT_EQ(oxtest::pixelOf(fromScene.get(), 20, 10, 1), (oxtest::rgba8{10, 20, 30, 255})) << samples;
 
+        // Whatever pack state a host left behind, the read-back is tight and the state comes back.
+        GLuint hostBuffer = 0;
+        glGenBuffers(1, &hostBuffer);
+        glBindBuffer(GL_PIXEL_PACK_BUFFER, hostBuffer);
+        glPixelStorei(GL_PACK_ALIGNMENT, 8);
+        glPixelStorei(GL_PACK_ROW_LENGTH, 999);
+        glPixelStorei(GL_PACK_SKIP_ROWS, 3);
+        std::unique_ptr<char[]> again(view->writeToBuffer());
+        EXPECT_EQ(std::memcmp(fromScene.get(), again.get(), 20 * 10 * 4), 0) << samples;
+        EXPECT_EQ(oxtest::readGlInteger(GL_PACK_ALIGNMENT), 8);
+        EXPECT_EQ(oxtest::readGlInteger(GL_PACK_ROW_LENGTH), 999);
+        EXPECT_EQ(oxtest::readGlInteger(GL_PACK_SKIP_ROWS), 3);
+        EXPECT_EQ(oxtest::readGlInteger(GL_PIXEL_PACK_BUFFER_BINDING), static_cast<GLint>(hostBuffer));
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+        glPixelStorei(GL_PACK_SKIP_ROWS, 0);
+        glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+        glDeleteBuffers(1, &hostBuffer);
+
         auto frame = oxGraphics::openGL::glFrameBuffer::create(view, 20, 10);
         frame->renderBefore();
         oxtest::paint(*view);

@@ -76,24 +76,29 @@ void csEntity::invalidate() {
     mXArrowRecording.reset();
     mYArrowRecording.reset();
     mZArrowRecording.reset();
+    mBounds.reset();
 }
 
 void csEntity::setTransformation(const oxGeo::matrix3d& transformation) {
     entityScheme::assignTransformation(mTransformation, transformation);
+    mBounds.reset();
 }
 
 void csEntity::setSize(double size) {
     const double magnitude = std::fabs(size);
     if (std::fabs(magnitude - mSize) > kSizeTolerance) invalidate();
+    if (magnitude != mSize) mBounds.reset();
     mSize = magnitude;
 }
 
 oxGeo::boundBox3d csEntity::boundingBox() const {
+    if (mBounds) return *mBounds;
     const oxGeo::matrix3d placement = mTransformation ? *mTransformation * mCs : mCs;
     const auto meshes = triadGeometry::buildTriadMeshes(mSize);
     oxGeo::boundBox3d box;
     for (const oxGeo::mesh3d* part : {&meshes.originCube, &meshes.xArrow, &meshes.yArrow, &meshes.zArrow})
         box.grow(entityScheme::transformedBox(part->vertices(), &placement));
+    mBounds = box;
     return box;
 }
 

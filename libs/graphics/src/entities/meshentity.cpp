@@ -30,16 +30,21 @@ bool meshEntity::draw(iDrawer* drawer, eRendermode /*mode*/, shaderProgram* /*pr
     return true;
 }
 
-void meshEntity::invalidate() { mRecording.reset(); }
+void meshEntity::invalidate() {
+    mRecording.reset();
+    mBounds.reset();
+}
 
 void meshEntity::setTransformation(const oxGeo::matrix3d& transformation) {
     entityScheme::assignTransformation(mTransformation, transformation);
+    mBounds.reset();
 }
 
 oxGeo::boundBox3d meshEntity::boundingBox() const {
     const oxGeo::mesh3d* mesh = mMesh.get();
     if (mesh == nullptr) return {};
-    return entityScheme::transformedBox(mesh->vertices(), mTransformation.get());
+    if (!mBounds) mBounds = entityScheme::transformedBox(mesh->vertices(), mTransformation.get());
+    return *mBounds;
 }
 
 } // namespace oxGraphics

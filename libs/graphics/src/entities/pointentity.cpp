@@ -45,14 +45,19 @@ bool pointEntity::draw(iDrawer* drawer, eRendermode /*mode*/, shaderProgram* /*p
     return true;
 }
 
-void pointEntity::invalidate() { mRecording.reset(); }
+void pointEntity::invalidate() {
+    mRecording.reset();
+    mBounds.reset();
+}
 
 void pointEntity::setTransformation(const oxGeo::matrix3d& transformation) {
     entityScheme::assignTransformation(mTransformation, transformation);
+    mBounds.reset();
 }
 
 oxGeo::boundBox3d pointEntity::boundingBox() const {
-    return entityScheme::transformedBox(mPoints, mTransformation.get());
+    if (!mBounds) mBounds = entityScheme::transformedBox(mPoints, mTransformation.get());
+    return *mBounds;
 }
 
 } // namespace oxGraphics

@@ -31,16 +31,21 @@ bool polylineEntity::draw(iDrawer* drawer, eRendermode /*mode*/, shaderProgram* 
     return true;
 }
 
-void polylineEntity::invalidate() { mRecording.reset(); }
+void polylineEntity::invalidate() {
+    mRecording.reset();
+    mBounds.reset();
+}
 
 void polylineEntity::setTransformation(const oxGeo::matrix3d& transformation) {
     entityScheme::assignTransformation(mTransformation, transformation);
+    mBounds.reset();
 }
 
 oxGeo::boundBox3d polylineEntity::boundingBox() const {
     const oxGeo::polyline3d* polyline = mPolyline.get();
     if (polyline == nullptr) return {};
-    return entityScheme::transformedBox(polyline->points(), mTransformation.get());
+    if (!mBounds) mBounds = entityScheme::transformedBox(polyline->points(), mTransformation.get());
+    return *mBounds;
 }
 
 } // namespace oxGraphics

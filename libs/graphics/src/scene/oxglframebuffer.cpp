@@ -1,5 +1,6 @@
 #include "oxglframebuffer.h"
 
+#include "glpixelstore.h"
 #include "oxglscene.h"
 #include "oxscene.h"
 
@@ -85,6 +86,7 @@ char* glFrameBuffer::writeToBuffer() const {
     if (!makeCurrent() || mWidth <= 0 || mHeight <= 0) return nullptr;
     const std::size_t size = static_cast<std::size_t>(mWidth) * mHeight * 4;
     char* buffer = new char[size];
+    const glPixelStore tightRows(glPixelStore::eDirection::pack);
     const offscreenTargets_t targets = mScene->offscreenTargets();
     if (targets.resolveTexture != 0 && (targets.width != mWidth || targets.height != mHeight)) {
         // The scene's targets have another size: read the overlapping part, the rest stays black.

@@ -1,5 +1,6 @@
 #include "oxglscene.h"
 
+#include "glpixelstore.h"
 #include "glscreenmatrices.h"
 
 #include "drawing/gldrawer.h"
@@ -235,9 +236,7 @@ void glScene::drawBackground() {
 void glScene::drawBackgroundImage(backgroundImage_t& image) {
     if (image.dirty || image.texture == 0) {
         if (image.texture == 0) glGenTextures(1, &image.texture);
-        GLint unpackAlignment = 4;
-        glGetIntegerv(GL_UNPACK_ALIGNMENT, &unpackAlignment);
-        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        const glPixelStore tightRows(glPixelStore::eDirection::unpack);
         glBindTexture(GL_TEXTURE_2D, image.texture);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
@@ -245,7 +244,6 @@ void glScene::drawBackgroundImage(backgroundImage_t& image) {
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
         glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, image.width, image.height, 0, image.channels == 4 ? GL_RGBA : GL_RGB,
                      GL_UNSIGNED_BYTE, image.pixels.data());
-        glPixelStorei(GL_UNPACK_ALIGNMENT, unpackAlignment);
         image.dirty = false;
     }
     const double vw = std::max(mViewportWidth, 1), vh = std::max(mViewportHeight, 1);
@@ -566,9 +564,7 @@ char* glScene::writeToBuffer() const {
     if (!makeCurrent() || mViewportWidth <= 0 || mViewportHeight <= 0) return nullptr;
     const std::size_t size = static_cast<std::size_t>(mViewportWidth) * mViewportHeight * 4;
     char* buffer = new char[size];
-    GLint packAlignment = 4;
-    glGetIntegerv(GL_PACK_ALIGNMENT, &packAlignment);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    const glPixelStore tightRows(glPixelStore::eDirection::pack);
     if (mRequestedSamples >= 1 && mResolveTexture != 0) {
         // Frames go through the offscreen targets: the resolved frame (renderAfter has run).
         glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
@@ -578,7 +574,6 @@ char* glScene::writeToBuffer() const {
         // Drawn straight into the window's back buffer.
         glReadPixels(0, 0, mViewportWidth, mViewportHeight, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
     }
-    glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
     return buffer;
 }
 
