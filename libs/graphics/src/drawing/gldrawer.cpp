@@ -227,14 +227,11 @@ void glDrawer::drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<
         }
         glNormal3f(static_cast<float>(n.x() / length), static_cast<float>(n.y() / length),
                    static_cast<float>(n.z() / length));
-        vertex(patch.corner(0));
-        vertex(patch.corner(1));
-        vertex(patch.corner(2));
-        if (patch.isQuad()) {
-            vertex(patch.corner(2));
-            vertex(patch.corner(3));
-            vertex(patch.corner(0));
-        }
+        forEachTriangle(patch, [](const oxGeo::point3d& a, const oxGeo::point3d& b, const oxGeo::point3d& c) {
+            vertex(a);
+            vertex(b);
+            vertex(c);
+        });
     }
     glEnd();
 }
@@ -372,14 +369,11 @@ void glDrawer::drawMeshGradient(const oxGeo::mesh3d& mesh, float transparency, c
         // Scaled by its length rather than divided: not unit length, and kept that way
         // (GL_NORMALIZE, which the scene enables, makes it harmless).
         n *= length;
-        corner(n, patch.corner(0));
-        corner(n, patch.corner(1));
-        corner(n, patch.corner(2));
-        if (patch.isQuad()) {
-            corner(n, patch.corner(2));
-            corner(n, patch.corner(3));
-            corner(n, patch.corner(0));
-        }
+        forEachTriangle(patch, [&](const oxGeo::point3d& a, const oxGeo::point3d& b, const oxGeo::point3d& c) {
+            corner(n, a);
+            corner(n, b);
+            corner(n, c);
+        });
     }
     glEnd();
 }

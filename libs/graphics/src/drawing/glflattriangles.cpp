@@ -44,21 +44,15 @@ void glFlatTriangles::add(const oxGeo::indexedTrianglePatch3d& patch) {
     const float ny = static_cast<float>(n.y() / length);
     const float nz = static_cast<float>(n.z() / length);
 
-    beginTriangle();
-    glNormal3f(nx, ny, nz);
-    vertex(p0);
-    glNormal3f(nx, ny, nz);
-    vertex(p1);
-    glNormal3f(nx, ny, nz);
-    vertex(p2);
-    if (!patch.isQuad()) return;
-    beginTriangle();
-    glNormal3f(nx, ny, nz);
-    vertex(p2);
-    glNormal3f(nx, ny, nz);
-    vertex(patch.corner(3));
-    glNormal3f(nx, ny, nz);
-    vertex(p0);
+    forEachTriangle(patch, [&](const oxGeo::point3d& a, const oxGeo::point3d& b, const oxGeo::point3d& c) {
+        beginTriangle();
+        glNormal3f(nx, ny, nz);
+        vertex(a);
+        glNormal3f(nx, ny, nz);
+        vertex(b);
+        glNormal3f(nx, ny, nz);
+        vertex(c);
+    });
 }
 
 } // namespace oxGraphics::openGL

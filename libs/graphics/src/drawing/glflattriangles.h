@@ -20,6 +20,13 @@
 
 namespace oxGraphics::openGL {
 
+/// The triangles of a patch, in drawing order: (p0, p1, p2), and for a quad also (p2, p3, p0).
+template <class Triangle>
+void forEachTriangle(const oxGeo::indexedTrianglePatch3d& patch, Triangle&& triangle) {
+    triangle(patch.corner(0), patch.corner(1), patch.corner(2));
+    if (patch.isQuad()) triangle(patch.corner(2), patch.corner(3), patch.corner(0));
+}
+
 class glFlatTriangles {
 public:
     static constexpr std::size_t kChunkTriangles = 4096;
