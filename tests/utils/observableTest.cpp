@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
+#include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -87,6 +91,30 @@ TEST(observable, heldAndRawReferences) {
     // Destroying the observable gives back what it held and never touches raw observers.
     EXPECT_EQ(held->refCount(), 1u);
     EXPECT_EQ(raw->refCount(), 1u);
+}
+
+// An event delivered on a worker while the owner removes the observer: removal returns only after
+// the call in progress, so the owner may delete a raw observer right away.
+TEST(observable, removalWaitsForADeliveryOnAnotherThread) {
+    struct slowObserver : ox::iObserver, ox::refObj {
+        void onEvent(int, ox::iObservable*, const wchar_t*, ox::iEventParams*) override {
+            inside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            finished = true;
+        }
+        std::atomic<bool> inside{false}, finished{false};
+    };
+    ox::observable source;
+    auto observer = std::make_unique<slowObserver>();
+    source.addRawObserver(observer.get());
+    std::thread worker([&] { source.fireEvent(2000, &source, nullptr, nullptr); });
+    while (!observer->inside) std::this_thread::yield();
+    source.removeObserver(observer.get());
+    EXPECT_TRUE(observer->finished); // the delivery had returned
+    observer.reset();                // and deleting it now is safe
+    worker.join();
+    source.fireEvent(2000, &source, nullptr, nullptr);
+    EXPECT_EQ(source.countObservers(), 0);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "oxrefptr.h"
 #include "oxutils_export.h"
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -34,6 +35,8 @@ public:
     /// Registers an observer without taking a reference; the caller keeps it alive until it
     /// is removed.
     virtual void addRawObserver(iObserver* observer) = 0;
+    /// Removes the observer. When another thread is delivering an event to it right now, waits
+    /// until that call has returned, so the caller may destroy the observer afterwards.
     virtual void removeObserver(iObserver* observer) = 0;
     virtual void removeAllObservers() = 0;
     virtual int countObservers() const = 0;
@@ -58,7 +61,9 @@ public:
 private:
     struct entry;
     void add(iObserver* observer, bool holdReference);
+    void waitForDeliveries(std::unique_lock<std::mutex>& lock, const entry& e);
     mutable std::mutex mMutex;
+    std::condition_variable mDelivered;
     std::vector<std::shared_ptr<entry>> mEntries;
 };
 

@@ -1,6 +1,7 @@
 #include "oxobservable.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace ox {
 
@@ -8,7 +9,18 @@ struct observable::entry {
     iObserver* observer = nullptr;
     refPtr<iObserver> held;    // set for addObserver, empty for addRawObserver
     bool registered = true;    // cleared on removal so an event in progress skips it
+    // Threads inside this observer's onEvent right now: removal waits for the others, so a host
+    // may delete a raw observer as soon as removeObserver returns.
+    std::vector<std::thread::id> delivering;
 };
+
+// Waits (with the lock held by `lock`) until no thread but the calling one is delivering to `e`.
+void observable::waitForDeliveries(std::unique_lock<std::mutex>& lock, const entry& e) {
+    const auto self = std::this_thread::get_id();
+    mDelivered.wait(lock, [&] {
+        return std::all_of(e.delivering.begin(), e.delivering.end(), [&](const auto& id) { return id == self; });
+    });
+}
 
 observable::observable() = default;
 
@@ -32,12 +44,13 @@ void observable::addRawObserver(iObserver* observer) { add(observer, false); }
 void observable::removeObserver(iObserver* observer) {
     std::shared_ptr<entry> removed;
     {
-        std::lock_guard lock(mMutex);
+        std::unique_lock lock(mMutex);
         auto it = std::find_if(mEntries.begin(), mEntries.end(), [&](const auto& e) { return e->observer == observer; });
         if (it == mEntries.end()) return;
         removed = *it;
         removed->registered = false;
         mEntries.erase(it);
+        waitForDeliveries(lock, *removed);
     }
     // The reference goes outside the lock: the observer's destructor may call back into us.
     removed->held.reset();
@@ -46,9 +59,10 @@ void observable::removeObserver(iObserver* observer) {
 void observable::removeAllObservers() {
     std::vector<std::shared_ptr<entry>> removed;
     {
-        std::lock_guard lock(mMutex);
+        std::unique_lock lock(mMutex);
         removed.swap(mEntries);
         for (auto& e : removed) e->registered = false;
+        for (auto& e : removed) waitForDeliveries(lock, *e);
     }
     for (auto& e : removed) e->held.reset();
 }
@@ -64,6 +78,7 @@ void observable::fireEvent(int code, iObservable* source, const wchar_t* text, i
         std::lock_guard lock(mMutex);
         snapshot = mEntries;
     }
+    const auto self = std::this_thread::get_id();
     for (const auto& e : snapshot) {
         refPtr<iObserver> keepAlive;
         iObserver* target = nullptr;
@@ -72,7 +87,21 @@ void observable::fireEvent(int code, iObservable* source, const wchar_t* text, i
             if (!e->registered) continue;
             keepAlive = e->held;
             target = e->observer;
+            e->delivering.push_back(self);
         }
+        // Unregistered even if the observer throws, so a removal never waits for ever.
+        struct deliveryDone {
+            observable& owner;
+            entry& e;
+            std::thread::id self;
+            ~deliveryDone() {
+                {
+                    std::lock_guard lock(owner.mMutex);
+                    e.delivering.erase(std::find(e.delivering.begin(), e.delivering.end(), self));
+                }
+                owner.mDelivered.notify_all();
+            }
+        } done{*this, *e, self};
         target->onEvent(code, source, text, params);
     }
 }

@@ -38,9 +38,12 @@ void glColor(const ox::rgbColor& c, float alpha = 1.0f) {
 }
 
 // The programs a frame uses, each looked up once per process by name (a program that does not
-// exist stays absent; the frame then draws that part fixed-function).
+// exist stays absent; the frame then draws that part fixed-function). They are GL objects of the
+// context current at that first lookup and are used only there: in another context the same name
+// could be some other program.
 struct framePrograms_t {
     std::shared_ptr<shaderProgram> standard, outline, oit2d, screenQuad, oitDebug;
+    void* context = nullptr;
 };
 
 const framePrograms_t& framePrograms() {
@@ -48,7 +51,8 @@ const framePrograms_t& framePrograms() {
                                           getShaderProgram("objectOutlineShaderProgram"),
                                           getShaderProgram("blendedOit2dShaderProgram"),
                                           getShaderProgram("texturedScreenQuadShaderProgram"),
-                                          getShaderProgram("blendedOitDebugVisShaderProgram")};
+                                          getShaderProgram("blendedOitDebugVisShaderProgram"),
+                                          currentNativeContext()};
     return programs;
 }
 
@@ -395,9 +399,7 @@ void glScene::draw() {
 
     // 4. The programs of the frame.
     shaderProgram* program = nullptr;
-    // A program of another, unshared context is no program here: draw fixed-function then.
-    if (shaders) program = framePrograms().standard.get();
-    if (program && !glIsProgram(program->handle())) program = nullptr;
+    if (shaders && framePrograms().context == currentNativeContext()) program = framePrograms().standard.get();
 
     // 5. Opaque pass.
     if (program) {
