@@ -59,14 +59,14 @@ struct formatPiece {
     int starCount;
 
     template <class T>
-    void operator()(const std::wstring& spec, T value) const {
+    void operator()(const std::wstring& directive, T value) const {
         std::vector<wchar_t> buffer(128);
         for (;;) {
             errno = 0;
             int written = -1;
-            if (starCount == 0) written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), value);
-            else if (starCount == 1) written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], value);
-            else written = std::swprintf(buffer.data(), buffer.size(), spec.c_str(), stars[0], stars[1], value);
+            if (starCount == 0) written = std::swprintf(buffer.data(), buffer.size(), directive.c_str(), value);
+            else if (starCount == 1) written = std::swprintf(buffer.data(), buffer.size(), directive.c_str(), stars[0], value);
+            else written = std::swprintf(buffer.data(), buffer.size(), directive.c_str(), stars[0], stars[1], value);
             if (written >= 0 && static_cast<std::size_t>(written) < buffer.size()) {
                 out.append(buffer.data(), static_cast<std::size_t>(written));
                 return;
@@ -169,7 +169,7 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
             break;
         }
         ++p;
-        const std::wstring spec(start, p);
+        const std::wstring directive(start, p);
         // The same conversion with the length modifier replaced, for narrow arguments passed on wide.
         const auto wideSpec = [&](wchar_t newConversion) {
             return std::wstring(start, lengthStart) + L'l' + newConversion;
@@ -179,12 +179,12 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
         case L'd':
         case L'i':
             switch (length) {
-            case len::l: piece(spec, va_arg(ap, long)); break;
-            case len::ll: piece(spec, va_arg(ap, long long)); break;
-            case len::j: piece(spec, va_arg(ap, std::intmax_t)); break;
-            case len::z: piece(spec, va_arg(ap, std::make_signed_t<std::size_t>)); break;
-            case len::t: piece(spec, va_arg(ap, std::ptrdiff_t)); break;
-            default: piece(spec, va_arg(ap, int)); break;
+            case len::l: piece(directive, va_arg(ap, long)); break;
+            case len::ll: piece(directive, va_arg(ap, long long)); break;
+            case len::j: piece(directive, va_arg(ap, std::intmax_t)); break;
+            case len::z: piece(directive, va_arg(ap, std::make_signed_t<std::size_t>)); break;
+            case len::t: piece(directive, va_arg(ap, std::ptrdiff_t)); break;
+            default: piece(directive, va_arg(ap, int)); break;
             }
             break;
         case L'u':
@@ -192,22 +192,22 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
         case L'x':
         case L'X':
             switch (length) {
-            case len::l: piece(spec, va_arg(ap, unsigned long)); break;
-            case len::ll: piece(spec, va_arg(ap, unsigned long long)); break;
-            case len::j: piece(spec, va_arg(ap, std::uintmax_t)); break;
-            case len::z: piece(spec, va_arg(ap, std::size_t)); break;
-            case len::t: piece(spec, va_arg(ap, std::make_unsigned_t<std::ptrdiff_t>)); break;
-            default: piece(spec, va_arg(ap, unsigned int)); break;
+            case len::l: piece(directive, va_arg(ap, unsigned long)); break;
+            case len::ll: piece(directive, va_arg(ap, unsigned long long)); break;
+            case len::j: piece(directive, va_arg(ap, std::uintmax_t)); break;
+            case len::z: piece(directive, va_arg(ap, std::size_t)); break;
+            case len::t: piece(directive, va_arg(ap, std::make_unsigned_t<std::ptrdiff_t>)); break;
+            default: piece(directive, va_arg(ap, unsigned int)); break;
             }
             break;
         case L'e': case L'E': case L'f': case L'F': case L'g': case L'G': case L'a': case L'A':
-            if (length == len::L) piece(spec, va_arg(ap, long double));
-            else piece(spec, va_arg(ap, double));
+            if (length == len::L) piece(directive, va_arg(ap, long double));
+            else piece(directive, va_arg(ap, double));
             break;
         case L'c':
         case L'C':
             if (length == len::l || conversion == L'C') {
-                piece(spec, va_arg(ap, std::wint_t));
+                piece(directive, va_arg(ap, std::wint_t));
             } else {
                 // A lone byte is only a character when it is ASCII.
                 const int c = va_arg(ap, int);
@@ -217,11 +217,11 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
         case L's':
         case L'S':
             if (length == len::l || conversion == L'S') {
-                piece(spec, va_arg(ap, const wchar_t*));
+                piece(directive, va_arg(ap, const wchar_t*));
             } else {
                 const char* narrow = va_arg(ap, const char*);
                 if (narrow == nullptr) {
-                    piece(spec, "(null)"); // ASCII only, safe for the C library in any locale
+                    piece(directive, "(null)"); // ASCII only, safe for the C library in any locale
                 } else {
                     // A precision limits the bytes read: the argument need not be terminated.
                     const std::size_t bytes = precision >= 0 ? strnlen(narrow, static_cast<std::size_t>(precision))
@@ -232,13 +232,13 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
             }
             break;
         case L'p':
-            piece(spec, va_arg(ap, void*));
+            piece(directive, va_arg(ap, void*));
             break;
         case L'n':
             (void)va_arg(ap, void*); // writing through caller pointers is not supported
             break;
         default: // unknown conversion: keep the text, consume nothing
-            out.append(spec);
+            out.append(directive);
             break;
         }
     }
