@@ -16,6 +16,7 @@
 // is 3 when a target is missed.
 //
 //     drawMeshBench [--width W] [--height H] [--frames N] [--repeat R] [--sizes 100000,1000000]
+#include "scene/glframelights.h"
 #include "drawing/gldrawerhost.h"
 #include "drawing/glrecording.h"
 #include "drawing/glrenderdrawer.h"
@@ -178,13 +179,7 @@ void setUpFrameState(int width, int height) {
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
     glShadeModel(GL_SMOOTH);
-    const float white[4] = {1, 1, 1, 1};
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, white);
-    glLightfv(GL_LIGHT0, GL_SPECULAR, white);
-    glLightModelf(GL_LIGHT_MODEL_TWO_SIDE, 1.0f);
-    glEnable(GL_LIGHT0);
-    glEnable(GL_LIGHTING);
-    glEnable(GL_NORMALIZE);
+    oxGraphics::openGL::applyFrameLights();
     const float grey[4] = {0.7f, 0.7f, 0.75f, 1.0f};
     glColor4fv(grey);
     glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, grey);

@@ -1,6 +1,7 @@
 #pragma once
 // Shared pieces of the drawing tests: a drawer host around the shared headless context, the
 // scene's light set-up, and GL feedback capture to see what a drawer emitted.
+#include "scene/glframelights.h"
 #include "drawing/gldrawerhost.h"
 
 #include "glTestFixture.h"
@@ -41,13 +42,7 @@ inline void setUpLitView(int size) {
     glLoadIdentity();
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LEQUAL);
-    const float white[4] = {1, 1, 1, 1};
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, white);
-    glLightfv(GL_LIGHT0, GL_SPECULAR, white);
-    glLightModelf(GL_LIGHT_MODEL_TWO_SIDE, 1.0f);
-    glEnable(GL_LIGHT0);
-    glEnable(GL_LIGHTING);
-    glEnable(GL_NORMALIZE);
+    oxGraphics::openGL::applyFrameLights();
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
     glLineWidth(1.0f);
     glPointSize(1.0f);

@@ -1,5 +1,6 @@
 #include "oxglscene.h"
 
+#include "glframelights.h"
 #include "glpixelstore.h"
 #include "glscreenmatrices.h"
 
@@ -106,15 +107,7 @@ void glScene::setupForPainting(int width, int height) {
 
 void glScene::setupForPainting() { setupForPainting(mViewportWidth, mViewportHeight); }
 
-void glScene::setupLights() {
-    const GLfloat white[] = {1.0f, 1.0f, 1.0f, 1.0f};
-    glLightfv(GL_LIGHT0, GL_DIFFUSE, white);
-    glLightfv(GL_LIGHT0, GL_SPECULAR, white);
-    glLightModelf(GL_LIGHT_MODEL_TWO_SIDE, 1.0f);
-    glEnable(GL_LIGHT0);
-    glEnable(GL_LIGHTING);
-    glEnable(GL_NORMALIZE);
-}
+void glScene::setupLights() { applyFrameLights(); }
 
 void glScene::resize(int width, int height, double viewSize, int offsetFocusBeginWidth, int offsetFocusBeginHeight,
                      int offsetFocusEndWidth, int offsetFocusEndHeight) {
