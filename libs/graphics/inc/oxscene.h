@@ -86,6 +86,14 @@ public:
     // --- targets and frames ----------------------------------------------------------------
     void setMultisamples(int samples);
     int multisamples() const;
+    /// The sample count the driver granted the current targets (0 without targets).
+    int actualMultisamples() const;
+    /// Whether frames have a complete place to go: the offscreen targets were built and the
+    /// driver reports them complete, or the scene draws straight into its window (no samples).
+    /// False before the targets are first built, for a zero size, and when the driver could not
+    /// build them (a size beyond its limits, out of memory): frames would then come out blank, and
+    /// the host can ask for fewer samples or a smaller size and refresh.
+    bool targetsComplete() const;
     void initFBOWithMultiSampling(int width, int height);
     void refreshFBOWithMultiSampling(int width, int height);
     void refreshFBOWithMultiSampling();

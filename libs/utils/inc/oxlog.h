@@ -78,11 +78,16 @@ private:
 
 } // namespace oxlog
 
-/// Logs a debug line with sformat-style arguments under `loggerName`, skipping the formatting
+/// Logs a line at `level` with sformat-style arguments under `loggerName`, skipping the formatting
 /// when nobody listens.
-#define OX_LOG_DEBUG(loggerName, ...)                                                              \
+#define OX_LOG_AT(level, loggerName, ...)                                                           \
     do {                                                                                           \
         const auto oxLogger_ = ::oxlog::logManager::getLogger(loggerName);                         \
-        if (oxLogger_->shouldLog(::oxlog::eLevel::debug))                                          \
-            oxLogger_->log_debug(::ox::string::sformat(__VA_ARGS__), __FILE__, __LINE__, __func__); \
+        if (oxLogger_->shouldLog(level))                                                           \
+            oxLogger_->log(level, ::ox::string::sformat(__VA_ARGS__), __FILE__, __LINE__, __func__); \
     } while (false)
+
+/// Logs a debug line with sformat-style arguments under `loggerName`.
+#define OX_LOG_DEBUG(loggerName, ...) OX_LOG_AT(::oxlog::eLevel::debug, loggerName, __VA_ARGS__)
+/// Logs a warning: input the library refused or corrected, with what it did instead.
+#define OX_LOG_WARN(loggerName, ...) OX_LOG_AT(::oxlog::eLevel::warn, loggerName, __VA_ARGS__)

@@ -69,6 +69,32 @@ TEST_F(pickingTest, pickSelectClampsTheSquareAndLogsItsSteps) {
     EXPECT_EQ(lines, expected);
 }
 
+TEST_F(pickingTest, degenerateReversedAndOversizedSquaresPickWhatTheyCover) {
+    auto view = pickScene(); // the square covers pixels 40 to 59 each way
+    ox::refPtr<oxGraphics::iDrawable> square(new testSquare({0, 0, 0}, 2, {255, 0, 0}));
+    view->add(square);
+    struct pick_t {
+        unsigned int px, py, hsize;
+        bool hits;
+    };
+    const pick_t picks[] = {
+        {50, 50, 0, true},          // a single pixel on the square
+        {5, 5, 0, false},           // a single pixel beside it, not the whole viewport
+        {0, 0, 1000, true},         // clamped to (0, 0)-(2000, 2000): the square moved, never lost
+        {3, 95, 60, true},          // reaching past the top-left corner
+        {50, 50, 0xFFFFFFFFu, true}, // the far corner held at the largest position
+        {0xFFFFFFFFu, 0xFFFFFFFFu, 10, false},
+    };
+    for (const auto& pick : picks) {
+        ox::refPtr<ox::iRefObj> picked;
+        view->pickSelect(pick.px, pick.py, pick.hsize, picked);
+        EXPECT_EQ(static_cast<bool>(picked), pick.hits) << pick.px << ", " << pick.py << " / " << pick.hsize;
+    }
+    EXPECT_EQ(view->pickSelectRect(59, 59, 41, 41).size(), 1u); // corners in either order
+    EXPECT_EQ(view->pickSelectRect(45, 10, 45, 90).size(), 1u);  // a zero-width column
+    EXPECT_TRUE(view->pickSelectRect(10, 10, 10, 10).empty());
+}
+
 TEST_F(pickingTest, preferredTypesWinWithinTheToleranceAndNamesStayWithTheirDrawable) {
     auto view = pickScene();
     // Both within the band: hsize 1 · 40000 · scale z 1 = 40000 of 2^32 window depth units,

@@ -263,18 +263,23 @@ TEST_F(sceneTest, aDriverGrantingNoSamplesGetsNoBlitButStillTheScreenQuad) {
     EXPECT_EQ(oxtest::readPixel(8, 8), (oxtest::rgba8{0, 255, 0, 255}));  // and shown in the window
 }
 
-TEST_F(sceneTest, eachScreenQuadIsANewListUntilTheTargetsAreReleased) {
+TEST_F(sceneTest, eachScreenQuadIsANewListAndLeavesThePreviousOneAlone) {
     auto view = oxtest::makeScene(16, 16, 4);
     auto renderer = rendererOf(view);
     oxtest::paint(*view);
     const unsigned int first = renderer->screenQuadList();
-    oxtest::paint(*view);
+    renderer->drawTextureToDisplayScreen();
     const unsigned int second = renderer->screenQuadList();
     EXPECT_NE(first, second);
-    EXPECT_TRUE(glIsList(first));  // not deleted by the next frame
+    EXPECT_TRUE(glIsList(first)); // drawing a new quad deletes no earlier one
+    glCallList(first);            // and the previous one still draws
+    oxtest::paint(*view);
+    EXPECT_EQ(renderer->screenQuadList(), first); // the two names take turns
+    EXPECT_TRUE(glIsList(second));
     view->refreshFBOWithMultiSampling();
-    EXPECT_FALSE(glIsList(second)); // the release deletes the last one
-    EXPECT_FALSE(glIsList(first));  // and the ones before it
+    EXPECT_FALSE(glIsList(first)); // the release deletes them
+    EXPECT_FALSE(glIsList(second));
+    EXPECT_EQ(renderer->screenQuadList(), 0u);
 }
 
 TEST_F(sceneTest, writeToBufferAndTheFrameBufferReadTheSameBgraBottomRowFirst) {

@@ -6,6 +6,8 @@
 #include "oxdrawer.h"
 
 #include "oxassert.h"
+#include "oxgeolimits.h"
+#include "oxlog.h"
 
 #include <cmath>
 
@@ -80,11 +82,14 @@ void csEntity::invalidate() {
 }
 
 void csEntity::setTransformation(const oxGeo::matrix3d& transformation) {
-    entityScheme::assignTransformation(mTransformation, transformation);
-    mBounds.reset();
+    if (entityScheme::assignTransformation(mTransformation, transformation)) mBounds.reset();
 }
 
 void csEntity::setSize(double size) {
+    if (!oxGeo::isUsableCoordinate(size)) {
+        OX_LOG_WARN("oxGraphics::csEntity::setSize", L"ignored a size that is not a usable number; it stays %g", mSize);
+        return;
+    }
     const double magnitude = std::fabs(size);
     if (std::fabs(magnitude - mSize) > kSizeTolerance) invalidate();
     if (magnitude != mSize) mBounds.reset();

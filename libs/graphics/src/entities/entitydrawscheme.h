@@ -19,14 +19,16 @@ namespace oxGraphics::entityScheme {
 inline constexpr double kIdentityTolerance = 1e-12;
 
 /// Stores `m` in `slot`: the identity (within kIdentityTolerance) frees the slot; any other matrix
-/// is copied into it, allocating only on first use.
-void assignTransformation(std::unique_ptr<oxGeo::matrix3d>& slot, const oxGeo::matrix3d& m);
+/// is copied into it, allocating only on first use. A matrix with a non-finite element is refused
+/// with a warning (false) and the slot keeps what it had.
+bool assignTransformation(std::unique_ptr<oxGeo::matrix3d>& slot, const oxGeo::matrix3d& m);
 
 /// Multiplies the stored transformation onto the drawer matrix; nothing when there is none.
 void applyTransformation(iDrawer& drawer, const std::unique_ptr<oxGeo::matrix3d>& transformation);
 
-/// The box of `points` mapped through `transformation` (untransformed when null). Invalid when
-/// there are no points.
+/// The box of `points` mapped through `transformation` (untransformed when null), leaving out
+/// points that are not usable coordinates (oxGeo::isUsable) before or after the mapping. Invalid
+/// when no point is left.
 oxGeo::boundBox3d transformedBox(const std::vector<oxGeo::point3d>& points, const oxGeo::matrix3d* transformation);
 
 /// Makes sure `recording` can be replayed: when the drawer says it cannot, it is released,

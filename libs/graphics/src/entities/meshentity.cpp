@@ -36,8 +36,7 @@ void meshEntity::invalidate() {
 }
 
 void meshEntity::setTransformation(const oxGeo::matrix3d& transformation) {
-    entityScheme::assignTransformation(mTransformation, transformation);
-    mBounds.reset();
+    if (entityScheme::assignTransformation(mTransformation, transformation)) mBounds.reset();
 }
 
 oxGeo::boundBox3d meshEntity::boundingBox() const {

@@ -51,8 +51,7 @@ void pointEntity::invalidate() {
 }
 
 void pointEntity::setTransformation(const oxGeo::matrix3d& transformation) {
-    entityScheme::assignTransformation(mTransformation, transformation);
-    mBounds.reset();
+    if (entityScheme::assignTransformation(mTransformation, transformation)) mBounds.reset();
 }
 
 oxGeo::boundBox3d pointEntity::boundingBox() const {

@@ -37,8 +37,7 @@ void polylineEntity::invalidate() {
 }
 
 void polylineEntity::setTransformation(const oxGeo::matrix3d& transformation) {
-    entityScheme::assignTransformation(mTransformation, transformation);
-    mBounds.reset();
+    if (entityScheme::assignTransformation(mTransformation, transformation)) mBounds.reset();
 }
 
 oxGeo::boundBox3d polylineEntity::boundingBox() const {

@@ -1,14 +1,30 @@
 #include "glcamera.h"
 
+#include "oxgeolimits.h"
+#include "oxlog.h"
+
 #include <GL/glew.h>
 #include <GL/glu.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace oxGraphics::openGL {
 namespace {
 
 float normalisedDegrees(ox::angle a) { return static_cast<float>(a.normIt().degree()); }
+
+// A value that is no number (or a look-at without a direction) would blank every later frame and
+// every fit after it, so the camera keeps what it has. A zero scale or rotation is a value
+// normalize() repairs, and the fits do so.
+bool refused(bool usable, const char* logger) {
+    if (!usable) OX_LOG_WARN(logger, L"ignored a camera value that is not a finite number");
+    return !usable;
+}
+
+bool isUsableState(const cameraModelState_t& state) {
+    return oxGeo::isFinite(state.rotation) && oxGeo::isFinite(state.translation) && oxGeo::isFinite(state.scale);
+}
 
 oxGeo::matrix3d scaleMatrix(const oxGeo::vector3d& s) {
     oxGeo::matrix3d m;
@@ -66,11 +82,13 @@ void glCamera::copyFieldsFrom(const glCamera& other) {
 }
 
 void glCamera::setEye(const oxGeo::point3d& eye) {
+    if (refused(oxGeo::isFinite(eye), "oxGraphics::openGL::glCamera::setEye")) return;
     std::lock_guard lock(mMutex);
     mEye = eye;
 }
 
 void glCamera::setAzimuth(ox::angle azimuth) {
+    if (refused(std::isfinite(azimuth.radians()), "oxGraphics::openGL::glCamera::setAzimuth")) return;
     std::lock_guard lock(mMutex);
     mAzimuth = normalisedDegrees(azimuth);
 }
@@ -79,6 +97,7 @@ ox::angle glCamera::azimuth() const {
     return ox::angle::fromDegree(mAzimuth);
 }
 void glCamera::setElevation(ox::angle elevation) {
+    if (refused(std::isfinite(elevation.radians()), "oxGraphics::openGL::glCamera::setElevation")) return;
     std::lock_guard lock(mMutex);
     mElevation = normalisedDegrees(elevation);
 }
@@ -87,6 +106,7 @@ ox::angle glCamera::elevation() const {
     return ox::angle::fromDegree(mElevation);
 }
 void glCamera::setTwist(ox::angle twist) {
+    if (refused(std::isfinite(twist.radians()), "oxGraphics::openGL::glCamera::setTwist")) return;
     std::lock_guard lock(mMutex);
     mTwist = normalisedDegrees(twist);
 }
@@ -125,19 +145,26 @@ void glCamera::setAnglesMode(bool anglesMode) {
 }
 
 void glCamera::setRotation(const oxGeo::quaternion& rotation) {
+    if (refused(oxGeo::isFinite(rotation), "oxGraphics::openGL::glCamera::setRotation")) return;
     std::lock_guard lock(mMutex);
     mRotation = rotation;
 }
 void glCamera::setTranslation(const oxGeo::vector3d& translation) {
+    if (refused(oxGeo::isFinite(translation), "oxGraphics::openGL::glCamera::setTranslation")) return;
     std::lock_guard lock(mMutex);
     mTranslation = translation;
 }
 void glCamera::setScale(const oxGeo::vector3d& scale) {
+    if (refused(oxGeo::isFinite(scale), "oxGraphics::openGL::glCamera::setScale")) return;
     std::lock_guard lock(mMutex);
     mScale = scale;
 }
 
 void glCamera::setLookAt(const oxGeo::point3d& eye, const oxGeo::vector3d& centre, const oxGeo::vector3d& up) {
+    const oxGeo::vector3d direction = centre - oxGeo::vector3d(eye);
+    const bool usable = oxGeo::isFinite(eye) && oxGeo::isFinite(centre) && oxGeo::isFinite(up) &&
+                        direction.cross(up).length() > 0.0;
+    if (refused(usable, "oxGraphics::openGL::glCamera::setLookAt")) return;
     std::lock_guard lock(mMutex);
     mEye = eye;
     mCentre = centre;
@@ -150,6 +177,7 @@ glCamera::modelState_t glCamera::modelState() const {
 }
 
 void glCamera::setModelState(const modelState_t& state) {
+    if (refused(isUsableState(state), "oxGraphics::openGL::glCamera::setModelState")) return;
     std::lock_guard lock(mMutex);
     mRotation = state.rotation;
     mTranslation = state.translation;
@@ -223,8 +251,11 @@ void glCamera::rotateAboutEye(const oxGeo::quaternion& q) {
 
 void glCamera::pan(const oxGeo::vector3d& d) {
     std::lock_guard lock(mMutex);
-    mEye = mEye + d;
-    mCentre = mCentre + d;
+    const oxGeo::point3d eye = mEye + d;
+    const oxGeo::vector3d centre = mCentre + d;
+    if (refused(oxGeo::isFinite(eye) && oxGeo::isFinite(centre), "oxGraphics::openGL::glCamera::pan")) return;
+    mEye = eye;
+    mCentre = centre;
 }
 
 void glCamera::normalize() {

@@ -2,13 +2,20 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace oxGraphics::openGL {
 
 void glViewProjection::resize(int width, int height, double viewSize) {
     mWidth = width;
     mHeight = height;
-    if (width == 0 || height == 0) return;
+    if (width <= 0 || height <= 0) return;
     const double w = width, h = height;
+    // A size that is no number keeps the one there is; any other is held to what the depth range
+    // and single-precision drawing can still resolve, so no zoom ever leaves a blank view behind.
+    if (!std::isfinite(viewSize) || viewSize <= 0.0) viewSize = mViewSize > 0.0 ? mViewSize : kDefaultViewSize;
+    viewSize = std::clamp(viewSize, kMinViewSize, kMaxViewSize);
     mViewSize = viewSize;
     if (w <= h) {
         mExtentWidth = (w / h) * viewSize;

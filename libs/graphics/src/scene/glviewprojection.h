@@ -12,8 +12,17 @@ namespace oxGraphics::openGL {
 
 class OX_GRAPHICS_API glViewProjection {
 public:
-    /// Stores the viewport and, only when both sides are non-zero, the extents: with s the view
-    /// size, the longer window side spans s eye units. A zero side keeps the previous extents.
+    /// The view size used when the first one given is not a positive number.
+    static constexpr double kDefaultViewSize = 100.0;
+    /// The range of view sizes: from far below any machined feature to well beyond the largest
+    /// coordinate the library treats as geometry (oxGeo::kMaxCoordinate).
+    static constexpr double kMinViewSize = 1e-9;
+    static constexpr double kMaxViewSize = 1e17;
+
+    /// Stores the viewport and, only when both sides are positive, the extents: with s the view
+    /// size, the longer window side spans s eye units. A zero or negative side keeps the previous
+    /// extents. A view size that is not a positive finite number keeps the previous one; any other
+    /// is clamped to [kMinViewSize, kMaxViewSize].
     void resize(int width, int height, double viewSize);
 
     int width() const { return mWidth; }

@@ -124,6 +124,8 @@ public:
     virtual int actualMultisamples() const = 0;                                                   // 75
     virtual std::vector<ox::refPtr<iDrawable>> drawables() const = 0;                             // 76
     virtual ox::rgbColor color(unsigned int colorId) const = 0;                                   // 77
+    /// Whether frames have a complete place to go (see scene::targetsComplete).
+    virtual bool targetsComplete() const = 0;                                                     // 78
 };
 
 } // namespace oxGraphics

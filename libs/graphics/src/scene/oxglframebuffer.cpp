@@ -1,13 +1,11 @@
 #include "oxglframebuffer.h"
 
-#include "glpixelstore.h"
+#include "glpixelreadback.h"
 #include "oxglscene.h"
 #include "oxscene.h"
 
 #include <GL/glew.h>
 
-#include <algorithm>
-#include <cstring>
 
 namespace oxGraphics::openGL {
 
@@ -84,31 +82,10 @@ void glFrameBuffer::renderAfter() const {
 
 char* glFrameBuffer::writeToBuffer() const {
     if (!makeCurrent() || mWidth <= 0 || mHeight <= 0) return nullptr;
-    const std::size_t size = static_cast<std::size_t>(mWidth) * mHeight * 4;
-    char* buffer = new char[size];
-    const glPixelStore tightRows(glPixelStore::eDirection::pack);
     const offscreenTargets_t targets = mScene->offscreenTargets();
-    if (targets.resolveTexture != 0 && (targets.width != mWidth || targets.height != mHeight)) {
-        // The scene's targets have another size: read the overlapping part, the rest stays black.
-        std::memset(buffer, 0, size);
-        GLint previousRead = 0;
-        glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &previousRead);
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, targets.resolveFramebuffer);
-        glPixelStorei(GL_PACK_ROW_LENGTH, mWidth);
-        glReadPixels(0, 0, std::min(mWidth, targets.width), std::min(mHeight, targets.height), GL_BGRA,
-                     GL_UNSIGNED_BYTE, buffer);
-        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(previousRead));
-        return buffer;
-    }
-    const bool sceneTargets = targets.resolveTexture != 0;
-    const GLenum target = sceneTargets ? GL_TEXTURE_RECTANGLE : GL_TEXTURE_2D;
-    glEnable(target);
-    glBindTexture(target, sceneTargets ? targets.resolveTexture : mColorTexture);
-    glGetTexImage(target, 0, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
-    glBindTexture(target, 0);
-    glDisable(target);
-    return buffer;
+    if (targets.resolveFramebuffer != 0)
+        return readBgraPixels(targets.resolveFramebuffer, mWidth, mHeight, targets.width, targets.height);
+    return readBgraPixels(mFramebuffer, mWidth, mHeight, mWidth, mHeight);
 }
 
 } // namespace oxGraphics::openGL

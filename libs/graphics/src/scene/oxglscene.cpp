@@ -1,6 +1,7 @@
 #include "oxglscene.h"
 
 #include "glframelights.h"
+#include "glpixelreadback.h"
 #include "glpixelstore.h"
 #include "glscreenmatrices.h"
 
@@ -15,6 +16,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace oxGraphics::openGL {
@@ -23,6 +25,7 @@ namespace {
 constexpr const char* kRenderBeforeLogger = "oxGraphics::openGL::glScene::renderBefore";
 constexpr const char* kRenderAfterLogger = "oxGraphics::openGL::glScene::renderAfter";
 constexpr const char* kScreenLogger = "oxGraphics::openGL::glScene::drawTextureToDisplayScreen";
+constexpr const char* kResizeLogger = "oxGraphics::openGL::glScene::resize";
 
 constexpr std::array<ox::rgbColor, 6> kDefaultColors = {
     ox::rgbColor(0, 78, 152),    ox::rgbColor(0, 78, 152),   ox::rgbColor(255, 255, 255),
@@ -112,6 +115,12 @@ void glScene::setupLights() { applyFrameLights(); }
 void glScene::resize(int width, int height, double viewSize, int offsetFocusBeginWidth, int offsetFocusBeginHeight,
                      int offsetFocusEndWidth, int offsetFocusEndHeight) {
     if (!makeCurrent()) return;
+    if (width < 0 || height < 0 || !std::isfinite(viewSize) || viewSize <= 0.0)
+        OX_LOG_WARN(kResizeLogger, L"a negative window size counts as 0, a view size that is not a positive number "
+                                   L"keeps the current one (given %ix%i, %g)",
+                    width, height, viewSize);
+    width = std::max(width, 0);
+    height = std::max(height, 0);
     mOffsetFocus = {offsetFocusBeginWidth, offsetFocusBeginHeight, offsetFocusEndWidth, offsetFocusEndHeight};
     mViewportWidth = width;
     mViewportHeight = height;
@@ -534,9 +543,12 @@ void glScene::drawTextureToDisplayScreen() {
         glEnable(GL_TEXTURE_RECTANGLE);
         glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
 
-        // A new list every time; the previous one stays until the targets are released.
-        if (mScreenQuadList != 0) mEarlierScreenQuadLists.push_back(mScreenQuadList);
-        mScreenQuadList = glGenLists(1);
+        // A new list every time, compiled into the one of the scene's two quad names that does
+        // not hold the previous list, so that one stays as it was. Fresh names every frame would
+        // keep all earlier lists alive, or, deleted, still grow the driver's name tables with every
+        // frame of a session.
+        if (mScreenQuadNames == 0) mScreenQuadNames = glGenLists(2);
+        mScreenQuadList = mScreenQuadList == mScreenQuadNames ? mScreenQuadNames + 1 : mScreenQuadNames;
         const float w = static_cast<float>(mViewportWidth), h = static_cast<float>(mViewportHeight);
         glNewList(mScreenQuadList, GL_COMPILE_AND_EXECUTE);
         glBegin(GL_QUADS);
@@ -557,19 +569,11 @@ void glScene::drawTextureToDisplayScreen() {
 
 char* glScene::writeToBuffer() const {
     if (!makeCurrent() || mViewportWidth <= 0 || mViewportHeight <= 0) return nullptr;
-    const std::size_t size = static_cast<std::size_t>(mViewportWidth) * mViewportHeight * 4;
-    char* buffer = new char[size];
-    const glPixelStore tightRows(glPixelStore::eDirection::pack);
-    if (mRequestedSamples >= 1 && mResolveTexture != 0) {
-        // Frames go through the offscreen targets: the resolved frame (renderAfter has run).
-        glBindTexture(GL_TEXTURE_RECTANGLE, mResolveTexture);
-        glGetTexImage(GL_TEXTURE_RECTANGLE, 0, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
-        glBindTexture(GL_TEXTURE_RECTANGLE, 0);
-    } else {
-        // Drawn straight into the window's back buffer.
-        glReadPixels(0, 0, mViewportWidth, mViewportHeight, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
-    }
-    return buffer;
+    // Through the offscreen targets, the resolved frame (renderAfter has run); the targets may
+    // have been made at another size than the viewport. Otherwise the window's back buffer.
+    if (mRequestedSamples >= 1 && mResolveFbo != 0)
+        return readBgraPixels(mResolveFbo, mViewportWidth, mViewportHeight, mTargetWidth, mTargetHeight);
+    return readBgraPixels(0, mViewportWidth, mViewportHeight, mViewportWidth, mViewportHeight);
 }
 
 } // namespace oxGraphics::openGL

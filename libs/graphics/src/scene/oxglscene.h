@@ -113,6 +113,7 @@ public:
     int actualMultisamples() const override { return mActualSamples; }
     std::vector<ox::refPtr<iDrawable>> drawables() const override { return mDrawables; }
     ox::rgbColor color(unsigned int colorId) const override;
+    bool targetsComplete() const override;
 
     // iDrawerHost
     const ox::string& sceneName() const override { return mName; }
@@ -158,7 +159,8 @@ private:
     /// Turns the model by `turn` (an eye-space rotation) about the world point `pivot`.
     void turnModel(const oxGeo::quaternion& eyeTurn, const oxGeo::point3d& pivot);
     void zoomAbout(double x, double y, double factor);
-    /// Shifts what is shown by `delta` in eye space (x right, y up) by moving the camera.
+    /// Shifts what is shown by `delta` in eye space (x right, y up, z towards the viewer) by
+    /// moving the camera; the planar angles mode has no eye depth and ignores z.
     void panEye(const oxGeo::vector3d& delta);
     /// Zooms so the eye-space box fills the usable view area less `margin`, centred in it.
     void fitEyeBox(const oxGeo::boundBox3d& eyeBox, double margin);
@@ -172,12 +174,13 @@ private:
     unsigned int mDepthStencilRenderbuffer = 0;
     unsigned int mResolveTexture = 0;
     unsigned int mScreenQuadList = 0;
-    std::vector<unsigned int> mEarlierScreenQuadLists;  // kept for the release to delete
+    unsigned int mScreenQuadNames = 0;  // two consecutive list names the quads alternate between
     const bool mPresentToWindow;
     int mViewportWidth = 0;
     int mViewportHeight = 0;
     int mTargetWidth = 0;   // size the offscreen targets were made at
     int mTargetHeight = 0;
+    bool mTargetsComplete = false;  // the last initialisation built complete targets
     std::array<int, 4> mOffsetFocus{};  // begin width, begin height, end width, end height
 
     std::vector<ox::refPtr<iDrawable>> mDrawables;

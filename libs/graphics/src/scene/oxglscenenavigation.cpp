@@ -85,11 +85,12 @@ void glScene::panEye(const oxGeo::vector3d& delta) {
         mCamera->setEye(oxGeo::point3d(eye.x() - delta.x() / k, eye.y() - delta.y() / k, eye.z()));
         return;
     }
-    // Eye coordinates are R_L·(x - eye): moving the eye by d shifts them by -R_L·d.
+    // Eye coordinates are R_L·(x - eye) with rows s, u, -f: moving the eye by d shifts them by
+    // (-s·d, -u·d, f·d).
     const oxGeo::vector3d f = (mCamera->centre() - oxGeo::vector3d(mCamera->eye())).norm();
     const oxGeo::vector3d s = f.cross(mCamera->up()).norm();
     const oxGeo::vector3d u = s.cross(f);
-    mCamera->pan(-(s * delta.x() + u * delta.y()));
+    mCamera->pan(-(s * delta.x() + u * delta.y()) + f * delta.z());
 }
 
 void glScene::moveCamera(int x1, int y1, int x2, int y2) {
@@ -125,7 +126,12 @@ void glScene::zoom(int x1, int y1, int x2, int y2) {
 
 void glScene::fitBox(const oxGeo::boundBox3d& box, double margin) {
     if (!contextAlive() || !box.isValid() || !mProjection.hasExtents()) return;
-    const oxGeo::matrix3d mv = modelView();
+    oxGeo::matrix3d mv = modelView(), eyeToWorld;
+    if (!mv.inverse(eyeToWorld)) {
+        // A zero scale or rotation shows nothing; a fit is the host's way back to the content.
+        mCamera->normalize();
+        mv = modelView();
+    }
     const oxGeo::point3d lo = box.min(), hi = box.max();
     oxGeo::boundBox3d eyeBox;
     for (int corner = 0; corner < 8; ++corner)
@@ -151,7 +157,9 @@ void glScene::fitEyeBox(const oxGeo::boundBox3d& eyeBox, double margin) {
     if (needed > 0.0 && std::isfinite(needed)) mProjection.resize(mViewportWidth, mViewportHeight, needed);
     const oxGeo::point3d target = mProjection.windowToEye(centre.x(), centre.y(), 0);
     const oxGeo::point3d boxCentre = eyeBox.center();
-    panEye(oxGeo::vector3d(target.x() - boxCentre.x(), target.y() - boxCentre.y(), 0));
+    // The depth range is ±100 view sizes about the eye: a fit to a small part far from the eye
+    // would clip it, so the box centre is also brought to the middle of that range.
+    panEye(oxGeo::vector3d(target.x() - boxCentre.x(), target.y() - boxCentre.y(), -boxCentre.z()));
 }
 
 void glScene::centreOn(const oxGeo::point3d& world) {
@@ -194,8 +202,9 @@ void glScene::rotateCamera(int x1, int y1, int x2, int y2) {
 void glScene::rotateCamera(int x1, int y1, int x2, int y2, const oxGeo::point3d& pivot) {
     if (!contextAlive() || mViewportHeight <= 0) return;
     const double perPixel = kDegreesPerWindowHeight / mViewportHeight;
-    const double aboutUp = (x2 - x1) * perPixel;    // drag right: the front turns right
-    const double aboutRight = (y2 - y1) * perPixel; // drag down: the top tips towards the viewer
+    // Differences in double: positions far apart would overflow an int subtraction.
+    const double aboutUp = (static_cast<double>(x2) - x1) * perPixel;    // drag right: the front turns right
+    const double aboutRight = (static_cast<double>(y2) - y1) * perPixel; // drag down: the top tips towards the viewer
     if (mCamera->anglesMode()) {
         // The planar mode turns about its own axes: azimuth about Z, elevation about X.
         mCamera->setAzimuth(ox::angle::fromDegree(mCamera->azimuth().degree() - aboutUp));

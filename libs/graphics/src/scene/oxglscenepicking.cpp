@@ -7,6 +7,7 @@
 #include <GL/glu.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <mutex>
 
@@ -33,7 +34,12 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
                              std::vector<pickHit_t>& hits, int /*flags*/) {
     hits.clear();
     if (!makeCurrent()) return;
-    const unsigned int w = x2 - x1, h = y2 - y1;
+    // Corners in either order. A rectangle without width or height picks the one pixel column or
+    // row it names: with a zero size gluPickMatrix would leave the projection as it is and the
+    // whole viewport would be picked.
+    if (x2 < x1) std::swap(x1, x2);
+    if (y2 < y1) std::swap(y1, y2);
+    const unsigned int w = std::max(x2 - x1, 1u), h = std::max(y2 - y1, 1u);
     auto& buffer = selectionBuffer();
     std::lock_guard lock(buffer.mutex);
     std::fill(std::begin(buffer.words), std::end(buffer.words), 0u);
@@ -57,12 +63,17 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     glPushName(kNoName);
 
     glLoadIdentity();
-    gluPickMatrix(x1 + (w >> 1), viewport[3] - (h >> 1) - y1, w, h, viewport);
+    // In double: a square reaching above the window's top edge has a negative centre row, which
+    // unsigned arithmetic would turn into a huge one.
+    gluPickMatrix(static_cast<double>(x1) + (w >> 1), static_cast<double>(viewport[3]) - (h >> 1) - y1, w, h,
+                  viewport);
     glMultMatrixd(projection);
     glMatrixMode(GL_MODELVIEW);
     mCamera->applyModelView();
 
-    glScissor(static_cast<GLint>(x1), static_cast<GLint>(y1), static_cast<GLsizei>(w), static_cast<GLsizei>(h));
+    constexpr unsigned int kIntMax = static_cast<unsigned int>(std::numeric_limits<GLint>::max());
+    glScissor(static_cast<GLint>(std::min(x1, kIntMax)), static_cast<GLint>(std::min(y1, kIntMax)),
+              static_cast<GLsizei>(std::min(w, kIntMax)), static_cast<GLsizei>(std::min(h, kIntMax)));
     glEnable(GL_SCISSOR_TEST);
 
     // Each drawable is named by its position; its own names (grips, parts) follow on the stack.

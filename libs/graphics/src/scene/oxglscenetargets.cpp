@@ -36,7 +36,8 @@ void glScene::initFBOWithMultiSampling(int width, int height) {
     glGenFramebuffersEXT(1, &mResolveFbo);
     glBindFramebufferEXT(GL_FRAMEBUFFER, mResolveFbo);
     glFramebufferTexture2DEXT(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_RECTANGLE, mResolveTexture, 0);
-    if (!checkFBO()) OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - CheckFBO 1 failed");
+    const bool resolveComplete = checkFBO();
+    if (!resolveComplete) OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - CheckFBO 1 failed");
 
     // A count above what the driver can store would leave the target incomplete and every frame
     // black; the driver may grant fewer samples than asked, so ask for at most its maximum.
@@ -57,11 +58,17 @@ void glScene::initFBOWithMultiSampling(int width, int height) {
     glFramebufferRenderbufferEXT(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
                                  mDepthStencilRenderbuffer);
     glBindRenderbufferEXT(GL_RENDERBUFFER, 0);
-    if (!checkFBO()) OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - CheckFBO 2 failed");
+    const bool multisampledComplete = checkFBO();
+    if (!multisampledComplete) OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - CheckFBO 2 failed");
 
     glBindFramebufferEXT(GL_FRAMEBUFFER, 0);
     mTargetWidth = width;
     mTargetHeight = height;
+    // A driver may report a target complete whose storage it could not allocate.
+    bool outOfMemory = false;
+    for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError())
+        outOfMemory = outOfMemory || error == GL_OUT_OF_MEMORY;
+    mTargetsComplete = resolveComplete && multisampledComplete && !outOfMemory;
     bringTransparencyTargets(std::max(mActualSamples, 1));
 }
 
@@ -85,12 +92,11 @@ void glScene::deleteOffscreenTargets() {
     deleteRenderbuffer(mDepthStencilRenderbuffer);
     if (mResolveTexture != 0) glDeleteTextures(1, &mResolveTexture);
     mResolveTexture = 0;
-    if (mScreenQuadList != 0) glDeleteLists(mScreenQuadList, 1);
-    mScreenQuadList = 0;
-    for (const unsigned int list : mEarlierScreenQuadLists) glDeleteLists(list, 1);
-    mEarlierScreenQuadLists.clear();
+    if (mScreenQuadNames != 0) glDeleteLists(mScreenQuadNames, 2); // the last quad and the one before
+    mScreenQuadNames = mScreenQuadList = 0;
     mTargetWidth = mTargetHeight = 0;
     mActualSamples = 0; // nothing is left to have samples
+    mTargetsComplete = false;
 }
 
 void glScene::releaseFBOWithMultiSampling() {
@@ -116,6 +122,13 @@ bool glScene::checkFBO() {
         return false;
     }
     return true;
+}
+
+bool glScene::targetsComplete() const {
+    if (!contextAlive()) return false;
+    // Without multisampling a window scene draws straight into its back buffer.
+    if (mRequestedSamples < 1 && mPresentToWindow) return mViewportWidth > 0 && mViewportHeight > 0;
+    return mTargetsComplete;
 }
 
 offscreenTargets_t glScene::offscreenTargets() const {

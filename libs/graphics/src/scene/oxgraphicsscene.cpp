@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <typeinfo>
 
 namespace oxGraphics {
@@ -111,6 +112,8 @@ void scene::setUseTransparentBackground(bool use) { mImplementation->setUseTrans
 
 void scene::setMultisamples(int samples) { mImplementation->setMultisamples(samples); }
 int scene::multisamples() const { return mImplementation->multisamples(); }
+int scene::actualMultisamples() const { return mImplementation->actualMultisamples(); }
+bool scene::targetsComplete() const { return mImplementation->targetsComplete(); }
 void scene::initFBOWithMultiSampling(int width, int height) { mImplementation->initFBOWithMultiSampling(width, height); }
 void scene::refreshFBOWithMultiSampling(int width, int height) {
     mImplementation->refreshFBOWithMultiSampling(width, height);
@@ -276,7 +279,11 @@ void scene::pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox:
     px = std::max(px, hsize);
     py = std::max(py, hsize);
     OX_LOG_DEBUG(kPickLogger, L"adjusted px=%ld, py=%ld", static_cast<long>(px), static_cast<long>(py));
-    const std::vector<pickHit_t> hits = pickSelectRect(px - hsize, py - hsize, px + hsize, py + hsize);
+    // The far corner stops at the largest position rather than wrapping around to the top left.
+    const auto farCorner = [hsize](unsigned int p) {
+        return static_cast<unsigned int>(std::min<std::uint64_t>(std::uint64_t{p} + hsize, 0xFFFFFFFFu));
+    };
+    const std::vector<pickHit_t> hits = pickSelectRect(px - hsize, py - hsize, farCorner(px), farCorner(py));
     OX_LOG_DEBUG(kPickLogger, L"%ld hits found", static_cast<long>(hits.size()));
 
     const oxGeo::vector3d viewScale = mImplementation->cameraModelState().scale;
