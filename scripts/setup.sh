@@ -10,6 +10,7 @@ packages=(
   libspdlog-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
   libpng-dev libassimp-dev libglfw3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  clang libclang-rt-14-dev
 )
 
 missing=()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The whole test suite: installs what is missing, builds, runs every test with CTest; then the
-# same suite under AddressSanitizer + UndefinedBehaviorSanitizer, and the threaded tests under
-# ThreadSanitizer.
-# OX_SKIP_SANITIZERS=1 skips both sanitizer passes (quicker local runs).
+# same suite under AddressSanitizer + UndefinedBehaviorSanitizer, a short fuzzing run of the mesh
+# loader, and the threaded tests under ThreadSanitizer.
+# OX_SKIP_SANITIZERS=1 skips the sanitizer and fuzzing passes (quicker local runs).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -30,6 +30,11 @@ if [ "${OX_SKIP_SANITIZERS:-0}" != "1" ]; then
   configure_and_build asan
   echo "=== asan: test"
   ctest --preset asan -j "$jobs"
+
+  # The mesh loader against mutated files: a short, reproducible run (README: Fuzzing).
+  configure_and_build fuzz
+  echo "=== fuzz: short run"
+  ctest --preset fuzz
 
   # Threads meet in the utilities and in the animated view transfer.
   configure_and_build tsan --target oxUtilsTests oxGraphicsTests

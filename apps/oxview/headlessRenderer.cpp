@@ -25,18 +25,20 @@ void paint(oxGraphics::scene& scene) {
     glFinish();
 }
 
-} // namespace
-
-std::string checkOutputTarget(const std::string& path) {
-    namespace fs = std::filesystem;
-    std::error_code ec;
-    const fs::path target(path);
-    if (fs::is_directory(target, ec)) return "cannot write '" + path + "': it is a directory";
-    const fs::path directory = target.parent_path().empty() ? fs::path(".") : target.parent_path();
-    if (!fs::is_directory(directory, ec))
-        return "cannot write '" + path + "': the directory '" + directory.string() + "' does not exist";
-    return {};
+/// Builds the scene's targets with `samples`, or with fewer (halving, down to none) when the driver
+/// cannot back the image size with that many (the memory of a multisampled target grows with
+/// both). The count that worked, or -1 when not even a single-sampled target could be built.
+int buildTargets(oxGraphics::scene& scene, int samples) {
+    for (;;) {
+        scene.setMultisamples(samples);
+        scene.refreshFBOWithMultiSampling();
+        if (scene.targetsComplete()) return samples;
+        if (samples == 0) return -1;
+        samples /= 2;
+    }
 }
+
+} // namespace
 
 int renderHeadless(const viewerOptions_t& options, const sceneContent_t& content, stageTimer& timer) {
     timer.start("setup");
@@ -47,13 +49,21 @@ int renderHeadless(const viewerOptions_t& options, const sceneContent_t& content
         std::cerr << "oxview: cannot create a headless OpenGL context (EGL on Mesa)\n";
         return 1;
     }
-    const int samples = usableSamples(options.mSamples, std::cerr);
+    const int usable = usableSamples(options.mSamples, std::cerr);
     auto scene = oxGraphics::scene::create(context, /*presentToWindow*/ false, /*smoothViewEnabled*/ false);
-    scene->setMultisamples(samples);
+    scene->setMultisamples(usable);
     scene->initGfxApiState();
     scene->resize(options.mWidth, options.mHeight, 100.0, 0, 0, 0, 0);
     // resize builds the targets with at least one sample; this builds them with the count asked for.
-    scene->refreshFBOWithMultiSampling();
+    const int samples = buildTargets(*scene, usable);
+    if (samples < 0) {
+        std::cerr << "oxview: cannot render a " << options.mWidth << "x" << options.mHeight
+                  << " image: the OpenGL driver cannot allocate framebuffers of that size (try a smaller --size)\n";
+        return 1;
+    }
+    if (samples != usable)
+        std::cerr << "oxview: note: " << options.mWidth << "x" << options.mHeight << " with " << usable
+                  << " samples does not fit the OpenGL driver; rendering with " << samples << "\n";
     for (const auto& drawable : content.mDrawables) scene->add(drawable);
     applyStandardView(*scene, options.mView, /*animate*/ false);
     scene->zoomAll();

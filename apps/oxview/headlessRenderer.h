@@ -8,10 +8,6 @@
 
 namespace oxview {
 
-/// Why `path` cannot receive the output file (its directory is missing, or it is a directory);
-/// empty when it can. Checked before the work starts, so a bad --out fails fast.
-std::string checkOutputTarget(const std::string& path);
-
 /// Renders the content at the options' size, samples and view (fitted to the window) on a
 /// headless context and writes the PNG. Prints the absolute path of the file on success, one
 /// error line otherwise. Returns the process exit code.

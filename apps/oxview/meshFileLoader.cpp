@@ -1,102 +1,123 @@
 #include "meshFileLoader.h"
 
-#include "vertexWelder.h"
+#include "assimpImport.h"
+#include "childProcess.h"
+#include "meshFileCheck.h"
+#include "meshStream.h"
 
-#include <assimp/Importer.hpp>
-#include <assimp/config.h>
-#include <assimp/postprocess.h>
-#include <assimp/scene.h>
-
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <system_error>
 #include <vector>
 
 namespace oxview {
 namespace {
 
-std::string lowerExtension(const std::string& path) {
-    std::string ext = std::filesystem::path(path).extension().string();
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    return ext;
+childLimits_t budgetFor(std::uintmax_t fileSize, const meshLoadOptions_t& options) {
+    const double seconds = options.mSeconds + options.mSecondsPerMegabyte * static_cast<double>(fileSize) / 1e6;
+    const double memory = static_cast<double>(options.mMemory) +
+                          static_cast<double>(options.mMemoryPerFileByte) * static_cast<double>(fileSize);
+    const auto bytes = memory < 0x1p62 ? static_cast<std::size_t>(memory) : std::size_t(1) << 62;
+    // Whatever the child sends back was built within its memory budget, so that bounds it too.
+    return {std::chrono::milliseconds(static_cast<long long>(std::ceil(seconds * 1000.0))), bytes, bytes};
 }
 
-// Only positions matter here (the drawer computes flat normals), so every other component is
-// dropped at once. Identical vertices are joined by vertexWelder during the conversion rather than
-// by the importer's joining step, which compares all attributes and dominated the load time of
-// large files. No validation or normal generation steps either: they cost seconds on a million
-// triangles, and the conversion checks every index itself.
-constexpr unsigned int kImportFlags = aiProcess_RemoveComponent | aiProcess_Triangulate | aiProcess_SortByPType;
-constexpr int kRemovedComponents = aiComponent_NORMALS | aiComponent_TANGENTS_AND_BITANGENTS | aiComponent_COLORS |
-                                   aiComponent_TEXCOORDS | aiComponent_BONEWEIGHTS | aiComponent_ANIMATIONS |
-                                   aiComponent_TEXTURES | aiComponent_LIGHTS | aiComponent_CAMERAS |
-                                   aiComponent_MATERIALS;
+/// "12 s", "2.5 s".
+std::string secondsText(std::chrono::milliseconds time) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g s", static_cast<double>(time.count()) / 1000.0);
+    return text;
+}
 
-/// Appends the triangles of every mesh under `node`, placed by the accumulated transformation.
-/// Triangles that joining leaves with two equal corners are dropped: they cover nothing. False,
-/// with `error` set, when a face names a vertex the mesh does not have.
-bool appendNode(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent, vertexWelder& welder,
-                oxGeo::mesh3d& out, std::string& error) {
-    const aiMatrix4x4 placement = parent * node.mTransformation;
-    const bool transform = !placement.IsIdentity();
-    std::vector<std::uint32_t> joined;
-    for (unsigned int m = 0; m < node.mNumMeshes; ++m) {
-        const aiMesh& mesh = *scene.mMeshes[node.mMeshes[m]];
-        if (!(mesh.mPrimitiveTypes & aiPrimitiveType_TRIANGLE)) continue;
-        joined.resize(mesh.mNumVertices);
-        for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
-            const aiVector3D p = transform ? placement * mesh.mVertices[v] : mesh.mVertices[v];
-            joined[v] = welder.add(p.x, p.y, p.z);
-        }
-        for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
-            const aiFace& face = mesh.mFaces[f];
-            if (face.mNumIndices != 3) continue;
-            const unsigned int* i = face.mIndices;
-            if (i[0] >= mesh.mNumVertices || i[1] >= mesh.mNumVertices || i[2] >= mesh.mNumVertices) {
-                error = "face " + std::to_string(f) + " refers to a vertex beyond the " +
-                        std::to_string(mesh.mNumVertices) + " the mesh has";
-                return false;
-            }
-            const std::uint32_t a = joined[i[0]], b = joined[i[1]], c = joined[i[2]];
-            if (a != b && b != c && c != a) out.addTriangle(a, b, c);
-        }
+/// Text from the importer made fit for a one-line message: printable and not too long.
+std::string oneLine(const std::string& text) {
+    constexpr std::size_t kShown = 200;
+    std::string line;
+    for (std::size_t i = 0; i < text.size() && i < kShown; ++i) line += text[i] >= ' ' && text[i] < 127 ? text[i] : ' ';
+    return text.size() > kShown ? line + "..." : line;
+}
+
+/// The first informative line the child printed, after ": ". The rulers that sanitizer reports
+/// start with are skipped.
+std::string messageDetail(const std::string& messages) {
+    std::size_t start = 0;
+    while (start < messages.size()) {
+        std::size_t end = messages.find('\n', start);
+        if (end == std::string::npos) end = messages.size();
+        const std::string line = messages.substr(start, end - start);
+        start = end + 1;
+        if (line.find_first_not_of("=-*# \t\r") != std::string::npos) return ": " + oneLine(line);
     }
-    for (unsigned int c = 0; c < node.mNumChildren; ++c)
-        if (!appendNode(scene, *node.mChildren[c], placement, welder, out, error)) return false;
-    return true;
-}
-
-/// A binary STL file's size must match the triangle count in its header. The importer rejects
-/// a mismatch with "Failed to determine STL storage representation"; this names the cause.
-/// Returns the reason, empty when the file is no binary STL or is consistent.
-std::string checkBinaryStl(const std::string& path, std::uintmax_t size) {
-    constexpr std::uintmax_t kHeader = 84, kRecord = 50;
-    char head[kHeader];
-    std::ifstream in(path, std::ios::binary);
-    if (size < kHeader || !in.read(head, kHeader)) return {};
-    std::uint32_t count = 0;
-    std::memcpy(&count, head + 80, 4);  // little-endian, as the format stores it
-    const std::uintmax_t expected = kHeader + kRecord * count;
-    // ASCII files start with "solid"; a binary header may too, but then its size fits exactly.
-    if (std::strncmp(head, "solid", 5) == 0 && size != expected) return {};
-    if (size < expected)
-        return "corrupt binary STL: truncated (the header announces " + std::to_string(count) + " triangles in " +
-               std::to_string(expected) + " bytes, the file has " + std::to_string(size) + ")";
-    if (count == 0) return "contains no triangles (empty mesh)";
     return {};
 }
 
-/// Vertex and face counts of everything appendNode will add, so the mesh is allocated once.
-void countNode(const aiScene& scene, const aiNode& node, std::size_t& vertices, std::size_t& faces) {
-    for (unsigned int m = 0; m < node.mNumMeshes; ++m) {
-        vertices += scene.mMeshes[node.mMeshes[m]]->mNumVertices;
-        faces += scene.mMeshes[node.mMeshes[m]]->mNumFaces;
+/// Why the child did not deliver a result; empty when it did.
+std::string childFailure(const childOutcome_t& outcome, const childLimits_t& limits) {
+    using eEnd = childOutcome_t::eEnd;
+    const std::string mebibytes = std::to_string(limits.mMemory >> 20) + " MiB";
+    switch (outcome.mEnd) {
+    case eEnd::exited:
+        if (outcome.mCode == 0) return {};
+        return "the importer failed (exit status " + std::to_string(outcome.mCode) + ")" +
+               messageDetail(outcome.mMessages);
+    case eEnd::signalled:
+        return "the importer crashed (signal " + std::to_string(outcome.mCode) + ")" + messageDetail(outcome.mMessages);
+    case eEnd::timedOut:
+        return "import took longer than " + secondsText(limits.mTime);
+    case eEnd::outOfMemory:
+        return "import ran out of its memory budget (" + mebibytes + ")";
+    case eEnd::outputTooLarge:
+        return "the importer's result exceeds its memory budget (" + mebibytes + ")";
+    case eEnd::failedToRun:
+        break;
     }
-    for (unsigned int c = 0; c < node.mNumChildren; ++c) countNode(scene, *node.mChildren[c], vertices, faces);
+    return "cannot run the importer: " + outcome.mError;
+}
+
+/// What the child does: import, convert, and write the mesh or the importer's reason.
+int importIntoStream(const std::string& path, int fd) {
+    std::string error;
+    const std::optional<importedMesh_t> mesh = importWithAssimp(path, error);
+    const bool written = mesh ? writeMeshStream(fd, *mesh) : writeMeshStreamError(fd, error);
+    return written ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+bool usableCorner(const float* p) {
+    return oxGeo::isUsableCoordinate(p[0]) && oxGeo::isUsableCoordinate(p[1]) && oxGeo::isUsableCoordinate(p[2]);
+}
+
+/// The mesh of the triangles whose corners are all usable, with only the vertices they use (an
+/// unused far-away vertex would still count in the bounding box). `skipped` counts the others.
+std::shared_ptr<oxGeo::mesh3d> buildMesh(const importedMesh_t& imported, std::size_t& skipped) {
+    constexpr std::uint32_t kUnmapped = std::numeric_limits<std::uint32_t>::max();
+    auto mesh = std::make_shared<oxGeo::mesh3d>();
+    mesh->reserve(imported.vertexCount(), imported.triangleCount());
+    std::vector<std::uint32_t> meshIndex(imported.vertexCount(), kUnmapped);
+    auto map = [&](std::uint32_t v) {
+        if (meshIndex[v] == kUnmapped) {
+            const float* p = &imported.mPositions[3 * std::size_t(v)];
+            meshIndex[v] = mesh->addVertex({p[0], p[1], p[2]});
+        }
+        return meshIndex[v];
+    };
+    skipped = 0;
+    for (std::size_t t = 0; t < imported.mTriangles.size(); t += 3) {
+        const std::uint32_t* corners = &imported.mTriangles[t];
+        if (!usableCorner(&imported.mPositions[3 * std::size_t(corners[0])]) ||
+            !usableCorner(&imported.mPositions[3 * std::size_t(corners[1])]) ||
+            !usableCorner(&imported.mPositions[3 * std::size_t(corners[2])])) {
+            ++skipped;
+            continue;
+        }
+        mesh->addTriangle(map(corners[0]), map(corners[1]), map(corners[2]));
+    }
+    return mesh;
 }
 
 } // namespace
@@ -106,8 +127,8 @@ bool isSupportedMeshExtension(const std::string& path) {
     return ext == ".stl" || ext == ".obj" || ext == ".ply";
 }
 
-meshLoadResult_t loadMeshFile(const std::string& path) {
-    auto fail = [](std::string reason) { return meshLoadResult_t{nullptr, std::move(reason)}; };
+meshLoadResult_t loadMeshFile(const std::string& path, const meshLoadOptions_t& options) {
+    auto fail = [](std::string reason) { return meshLoadResult_t{nullptr, std::move(reason), {}}; };
 
     std::error_code ec;
     const auto status = std::filesystem::status(path, ec);
@@ -125,30 +146,24 @@ meshLoadResult_t loadMeshFile(const std::string& path) {
     }
     const std::uintmax_t size = std::filesystem::file_size(path, ec);
     if (size == 0 && !ec) return fail("the file is empty");
-    if (lowerExtension(path) == ".stl")
-        if (std::string reason = checkBinaryStl(path, size); !reason.empty()) return fail(std::move(reason));
+    if (std::string reason = checkMeshFileContent(path, size); !reason.empty()) return fail(std::move(reason));
 
-    Assimp::Importer importer;
-    importer.SetPropertyInteger(AI_CONFIG_PP_RVC_FLAGS, kRemovedComponents);
-    importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE, aiPrimitiveType_POINT | aiPrimitiveType_LINE);
-    const aiScene* scene = importer.ReadFile(path, kImportFlags);
-    if (!scene || !scene->mRootNode) {
-        std::string reason = importer.GetErrorString();
-        if (reason.empty()) reason = "unknown import error";
-        return fail("corrupt or unsupported content: " + reason);
-    }
+    const childLimits_t limits = budgetFor(size, options);
+    const childOutcome_t outcome = runInChild([&](int fd) { return importIntoStream(path, fd); }, limits);
+    if (std::string reason = childFailure(outcome, limits); !reason.empty()) return fail(std::move(reason));
+    const meshStreamContent_t content = readMeshStream(outcome.mOutput);
+    if (!content.mError.empty()) return fail("the importer's result is unusable: " + content.mError);
+    if (!content.mMesh) return fail("corrupt or unsupported content: " + oneLine(content.mImportError));
 
-    auto mesh = std::make_shared<oxGeo::mesh3d>();
-    std::size_t vertices = 0, faces = 0;
-    countNode(*scene, *scene->mRootNode, vertices, faces);
-    // Files repeat each shared corner (STL: about six times), so the joined count is a guess.
-    mesh->reserve(vertices / 4, faces);
-    vertexWelder welder(*mesh, vertices / 4);
-    std::string error;
-    if (!appendNode(*scene, *scene->mRootNode, aiMatrix4x4(), welder, *mesh, error))
-        return fail("corrupt content: " + error);
-    if (mesh->patchCount() == 0) return fail("contains no triangles (empty mesh)");
-    return {std::move(mesh), {}};
+    std::size_t skipped = 0;
+    auto mesh = buildMesh(*content.mMesh, skipped);
+    char limit[32];
+    std::snprintf(limit, sizeof limit, "%g", kMaxCoordinate);
+    const std::string tally = std::to_string(skipped) + " of " + std::to_string(content.mMesh->triangleCount()) +
+                              " triangles: a corner is not finite or beyond " + limit + " in magnitude";
+    if (mesh->patchCount() == 0)
+        return fail(skipped ? "no usable triangles (skipped " + tally + ")" : "contains no triangles (empty mesh)");
+    return {std::move(mesh), {}, skipped ? "skipped " + tally : std::string()};
 }
 
 } // namespace oxview

@@ -1,7 +1,9 @@
 #pragma once
 // Reading a mesh file (STL ASCII or binary, OBJ, PLY) into an oxGeo::mesh3d.
+#include "oxgeolimits.h"
 #include "oxgeomesh.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -11,14 +13,38 @@ namespace oxview {
 struct meshLoadResult_t {
     std::shared_ptr<oxGeo::mesh3d> mMesh;  ///< null on failure
     std::string mError;                    ///< the reason, e.g. "no such file"; empty on success
+    std::string mWarning;                  ///< what was left out of a mesh that loaded; usually empty
 };
+
+/// The budget of one import. The import runs in a child process that is killed when it takes
+/// longer than mSeconds + mSecondsPerMegabyte per MB of file, or maps more memory than
+/// mMemory + mMemoryPerFileByte per byte of file (no memory limit in sanitizer builds).
+struct meshLoadOptions_t {
+    double mSeconds = 10.0;
+    double mSecondsPerMegabyte = 1.0;
+    std::size_t mMemory = std::size_t(1) << 30;
+    std::size_t mMemoryPerFileByte = 32;
+};
+
+/// Coordinates beyond this magnitude (model units) are taken as damage, as everywhere in the
+/// library: the squares and cross products computed from them would overflow or lose all precision.
+using oxGeo::kMaxCoordinate;
 
 /// Every face of every mesh in the file, triangulated, through the file's node transformations,
 /// with vertices at identical positions joined. Points, lines and triangles that joining
-/// collapses are dropped. Fails for a missing, unreadable or empty file, an extension other than
-/// .stl, .obj and .ply (any case), content the importer rejects, and a file without a single
-/// triangle.
-meshLoadResult_t loadMeshFile(const std::string& path);
+/// collapses are dropped.
+///
+/// Triangles with a corner that is not finite or lies beyond ±kMaxCoordinate are skipped, and
+/// mWarning says how many; when that leaves nothing, the file fails like an empty one. Skipping
+/// keeps the usable part of a model with a few damaged vertices visible; one such vertex would
+/// otherwise blow the view's bounding box up so far that nothing shows.
+///
+/// Fails for a missing, unreadable or empty file, an extension other than .stl, .obj and .ply
+/// (any case), a file whose structure contradicts itself (a binary STL or PLY shorter than its
+/// counts, a damaged PLY header), content the importer rejects, an import that crashes or
+/// exceeds its budget, and a file without a single usable triangle. The importer is trusted with
+/// nothing: it runs in a child process, and all it hands back is checked.
+meshLoadResult_t loadMeshFile(const std::string& path, const meshLoadOptions_t& options = {});
 
 /// Whether the file name ends in an extension loadMeshFile reads.
 bool isSupportedMeshExtension(const std::string& path);

@@ -119,6 +119,11 @@ std::string writePngFile(const std::string& path, const unsigned char* bgraBotto
     if (std::string error = encode(stream, rows.data(), width, height); !error.empty())
         return "PNG encoding failed: " + error;
     if (!temp.close()) return std::string("cannot write '") + path + "': " + std::strerror(errno);
+    // rename replaces whatever has the name, a device node or a FIFO too. The caller checked the
+    // target before rendering; checking again here narrows the window for a swap to a moment.
+    struct stat existing {};
+    if (::lstat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode) && !S_ISLNK(existing.st_mode))
+        return std::string("cannot write '") + path + "': it is not a regular file";
     if (!temp.renameTo(path)) return std::string("cannot write '") + path + "': " + std::strerror(errno);
     return {};
 }

@@ -39,8 +39,10 @@ contentResult_t buildContent(const std::vector<std::string>& meshFiles) {
         if (!loaded.mMesh) {
             result.mError = "cannot load '" + meshFiles[i] + "': " + loaded.mError;
             result.mContent = {};
+            result.mWarnings.clear();
             return result;
         }
+        if (!loaded.mWarning.empty()) result.mWarnings.push_back("'" + meshFiles[i] + "': " + loaded.mWarning);
         result.mContent.mTriangles += loaded.mMesh->patchCount();
         auto entity = oxGraphics::meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(std::move(loaded.mMesh)));
         entity->setColor(kPalette[i % kPalette.size()]);

@@ -18,6 +18,7 @@ struct sceneContent_t {
 struct contentResult_t {
     sceneContent_t mContent;
     std::string mError;  ///< "cannot load 'FILE': REASON"; empty on success
+    std::vector<std::string> mWarnings;  ///< "'FILE': WHAT WAS LEFT OUT", one per file that lost parts
 };
 
 /// Loads every file as one mesh entity in a colour of its own (files beyond the palette reuse

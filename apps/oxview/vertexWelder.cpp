@@ -19,7 +19,7 @@ std::uint64_t hashPosition(const float* p) {
 
 } // namespace
 
-vertexWelder::vertexWelder(oxGeo::mesh3d& mesh, std::size_t expectedVertices) : mMesh(mesh) {
+vertexWelder::vertexWelder(std::vector<float>& positions, std::size_t expectedVertices) : mPositions(positions) {
     mSlots.resize(std::bit_ceil(std::max<std::size_t>(16, expectedVertices * 2)), slot_t{{0, 0, 0}, kEmpty});
 }
 
@@ -32,7 +32,8 @@ std::uint32_t vertexWelder::add(float x, float y, float z) {
         slot_t& slot = mSlots[i];
         if (slot.mIndex == kEmpty) {
             std::memcpy(slot.mPosition, p, sizeof p);
-            slot.mIndex = mMesh.addVertex({p[0], p[1], p[2]});
+            slot.mIndex = static_cast<std::uint32_t>(mPositions.size() / 3);
+            mPositions.insert(mPositions.end(), p, p + 3);
             ++mUsed;
             return slot.mIndex;
         }

@@ -5,6 +5,7 @@
 #include <png.h>
 
 #include <array>
+#include <bit>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -60,6 +63,40 @@ std::optional<image_t> readPng(const fs::path& path) {
     image.rgb.resize(PNG_IMAGE_SIZE(png));
     if (!png_image_finish_read(&png, nullptr, image.rgb.data(), 0, nullptr)) return std::nullopt;
     return image;
+}
+
+/// The bytes of the values, as a binary file stores them (little-endian, like this machine).
+template <class... T>
+std::string bytesOf(T... values) {
+    std::string bytes;
+    (bytes.append(reinterpret_cast<const char*>(&values), sizeof values), ...);
+    return bytes;
+}
+
+/// The header of a PLY file of `vertices` x, y, z vertices and `faces` faces.
+std::string plyHeader(const std::string& format, int vertices, int faces) {
+    return "ply\nformat " + format + " 1.0\nelement vertex " + std::to_string(vertices) +
+           "\nproperty float x\nproperty float y\nproperty float z\nelement face " + std::to_string(faces) +
+           "\nproperty list uchar int vertex_indices\nend_header\n";
+}
+
+/// An ASCII STL facet.
+std::string facet(const std::string& a, const std::string& b, const std::string& c) {
+    return "facet normal 0 0 0\nouter loop\nvertex " + a + "\nvertex " + b + "\nvertex " + c + "\nendloop\nendfacet\n";
+}
+
+/// The eight facets of an octahedron with corners on the unit axes: it covers the centre of its
+/// box from every side.
+std::string octahedronFacets() {
+    std::string facets;
+    for (int s = 0; s < 8; ++s) {
+        const std::string x = s & 1 ? "1 0 0" : "-1 0 0", y = s & 2 ? "0 1 0" : "0 -1 0", z = s & 4 ? "0 0 1" : "0 0 -1";
+        // An odd number of negative axes mirrors the corner order: keeps every face counter-clockwise
+        // seen from outside.
+        const bool flip = std::popcount(unsigned(s)) % 2 == 0;
+        facets += flip ? facet(x, z, y) : facet(x, y, z);
+    }
+    return facets;
 }
 
 class oxviewTest : public ::testing::Test {
@@ -187,19 +224,7 @@ TEST_F(oxviewTest, readsAsciiStlObjAndPlyAndGivesEachFileItsOwnColour) {
                                       "property float z\nelement face 6\nproperty list uchar int vertex_indices\n"
                                       "end_header\n1 0 0\n2 0 0\n2 1 0\n1 1 0\n1 0 1\n2 0 1\n2 1 1\n1 1 1\n"
                                       "4 0 3 2 1\n4 4 5 6 7\n4 0 1 5 4\n4 1 2 6 5\n4 2 3 7 6\n4 3 0 4 7\n";
-    {  // an octahedron: it covers the centre of its box from every side
-        std::ofstream stl(in("octahedron.stl"));
-        stl << "solid octahedron\n";
-        for (int s = 0; s < 8; ++s) {
-            const int x = s & 1 ? 1 : -1, y = s & 2 ? 1 : -1, z = s & 4 ? 1 : -1;
-            const bool flip = x * y * z < 0;  // keeps every face counter-clockwise from outside
-            stl << "facet normal 0 0 0\nouter loop\nvertex " << x << " 0 0\n"
-                << (flip ? "vertex 0 0 " + std::to_string(z) + "\nvertex 0 " + std::to_string(y) + " 0\n"
-                         : "vertex 0 " + std::to_string(y) + " 0\nvertex 0 0 " + std::to_string(z) + "\n")
-                << "endloop\nendfacet\n";
-        }
-        stl << "endsolid octahedron\n";
-    }
+    std::ofstream(in("octahedron.stl")) << "solid octahedron\n" << octahedronFacets() << "endsolid octahedron\n";
     for (const char* file : {"left.obj", "right.ply", "octahedron.stl"}) {
         const image_t image = render(in(file) + " --size 200x150", file);
         EXPECT_FALSE(image.isBackground(100, 75)) << file;
@@ -218,6 +243,28 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
     oxtest::writeSphereStl(in("empty.stl"), {0, 48, false, -1});
     std::ofstream(in("model.xyz")) << "v 0 0 0\n";
     fs::create_directories(in("folder.stl"));
+    // Files that crashed, aborted or hung the importer, or passed as a blank image.
+    std::ofstream(in("cut.ply"), std::ios::binary)
+        << plyHeader("binary_little_endian", 3, 2) << bytesOf(0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f);
+    std::ofstream(in("miscounted.ply")) << plyHeader("ascii", 3, 3) << "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    std::ofstream(in("cornerless.ply")) << plyHeader("ascii", 3, 1) << "0 0 0\n1 0 0\n0 1 0\n0\n";
+    std::string unterminated = plyHeader("binary_little_endian", 3, 1);
+    unterminated.replace(unterminated.find("end_header"), 10, "end_heaDer");
+    std::ofstream(in("unterminated.ply"), std::ios::binary)
+        << unterminated << bytesOf(0.f, 0.f, 0.f, 1.f, 0.f, 0.f, 0.f, 1.f, 0.f, '\3', 0, 1, 2);
+    std::ofstream(in("garbage.stl")) << "solid x\nfacet normal 0 0 0\nouter loop\nvertex 1 2\nvertex zz \x01\x02\n";
+    std::ofstream(in("infinite.stl")) << "solid x\n" << facet("0 0 0", "inf 0 0", "0 1 0") << "endsolid x\n";
+    std::ofstream(in("huge.stl")) << "solid x\n" << facet("0 0 0", "1e308 0 0", "0 1 0") << "endsolid x\n";
+    const std::string fifo = in("fifo.png");
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    // A character device: /dev/null, except for root, who could replace it; root makes its own.
+    std::string device = "/dev/null";
+    if (::geteuid() == 0) {
+        device = in("null.png");
+        ASSERT_EQ(::mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 3)), 0);
+    }
+    fs::create_symlink(fifo, in("toFifo.png"));
+    fs::create_symlink(in("nowhere/image.png"), in("dangling.png"));
 
     struct row {
         std::string args;
@@ -236,6 +283,31 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
         {stl + " " + in("missing.obj"), 1, "oxview: cannot load '.*/missing.obj': no such file"},
         {stl + " --out nowhere/image.png", 1,
          "oxview: cannot write 'nowhere/image.png': the directory 'nowhere' does not exist"},
+        {in("cut.ply"), 1,
+         "oxview: cannot load '.*/cut.ply': corrupt PLY: truncated \\(the header declares 3 vertex, 2 face records, at "
+         "least 62 bytes of data; the file has 36\\)"},
+        {in("miscounted.ply"), 1,
+         "oxview: cannot load '.*/miscounted.ply': corrupt PLY: truncated \\(the header declares 6 records \\(3 vertex, "
+         "3 face\\), the file has 4 data lines\\)"},
+        // The importer asserts on a face without corners; should a later version refuse it instead,
+        // that is fine too.
+        {in("cornerless.ply"), 1,
+         "oxview: cannot load '.*/cornerless.ply': (the importer crashed \\(signal 6\\).*|corrupt or unsupported "
+         "content: .*)"},
+        {in("unterminated.ply"), 1,
+         "oxview: cannot load '.*/unterminated.ply': corrupt PLY: header has no end_header line"},
+        {in("garbage.stl"), 1, "oxview: cannot load '.*/garbage.stl': corrupt or unsupported content: .*"},
+        {in("infinite.stl"), 1,
+         "oxview: cannot load '.*/infinite.stl': no usable triangles \\(skipped 1 of 1 triangles: a corner is not "
+         "finite or beyond 1e\\+15 in magnitude\\)"},
+        {in("huge.stl"), 1, "oxview: cannot load '.*/huge.stl': no usable triangles \\(skipped 1 of 1 triangles: .*\\)"},
+        {stl + " --out " + device, 1, "oxview: cannot write '" + device + "': it is a character device, not a regular file"},
+        {stl + " --out " + fifo, 1, "oxview: cannot write '.*/fifo.png': it is a FIFO, not a regular file"},
+        {stl + " --out " + in("folder.stl"), 1, "oxview: cannot write '.*/folder.stl': it is a directory, not a regular file"},
+        {stl + " --out " + in("toFifo.png"), 1,
+         "oxview: cannot write '.*/toFifo.png': it is a symbolic link to a FIFO, not to a regular file"},
+        {stl + " --out " + in("dangling.png"), 1,
+         "oxview: cannot write '.*/dangling.png': it is a symbolic link that leads nowhere \\(No such file or directory\\)"},
         {stl + " --view sideways", 2, "oxview: unknown view 'sideways' \\(use one of front, .*, back-right\\)"},
         {stl + " --view", 2, "oxview: option --view needs a view name .*"},
         {stl + " --size 0x600", 2, "oxview: option --size needs WIDTHxHEIGHT .*, not '0x600'"},
@@ -259,6 +331,38 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
         EXPECT_TRUE(std::regex_match(result.err, std::regex(r.error + "\n"))) << r.args << "\n" << result.err;
         EXPECT_TRUE(fs::is_empty(dir)) << r.args << ": no output file, not even a partial one";
     }
+    EXPECT_TRUE(fs::is_fifo(fifo)) << "a refused target stays what it was";
+    EXPECT_TRUE(fs::is_character_file(device));
+    EXPECT_TRUE(fs::is_symlink(in("toFifo.png")));
+}
+
+TEST_F(oxviewTest, aSymbolicLinkOutputReplacesTheFileItLeadsToAndStays) {
+    const fs::path dir = freshDir("link");
+    fs::create_directories(dir / "real");
+    std::ofstream(dir / "real" / "old.png") << "old";
+    fs::create_symlink("real/old.png", dir / "image.png");
+    const runResult_t r = run(in("lopsided.stl") + " --size 64x48 --out image.png", dir);
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    EXPECT_EQ(r.out, "oxview: wrote " + fs::canonical(dir / "real" / "old.png").string() +
+                         " (64x48, front-right view, 4 samples)\n");
+    EXPECT_TRUE(fs::is_symlink(dir / "image.png"));
+    EXPECT_TRUE(readPng(dir / "real" / "old.png")) << "the link's target holds the image";
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir / "real"), fs::directory_iterator()), 1) << "no temporary file";
+}
+
+TEST_F(oxviewTest, trianglesWithUnusableCornersAreSkippedWithAWarning) {
+    // 1e20 is a float, but far beyond any model; the far corners must not enter the fitted box.
+    std::ofstream(in("partly.stl")) << "solid x\n" << octahedronFacets() << facet("0 0 0", "nan 0 0", "0 1 0")
+                                    << facet("0 0 0", "1e20 0 0", "0 1 0") << "endsolid x\n";
+    const fs::path dir = freshDir("partly");
+    const runResult_t r = run(in("partly.stl") + " --size 80x60 --out image.png", dir);
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(std::regex_match(r.err, std::regex("oxview: warning: '.*/partly.stl': skipped 2 of 10 triangles: a "
+                                                   "corner is not finite or beyond 1e\\+15 in magnitude\n")))
+        << r.err;
+    const auto image = readPng(dir / "image.png");
+    ASSERT_TRUE(image);
+    EXPECT_FALSE(image->isBackground(40, 30)) << "the octahedron fills the view";
 }
 
 TEST_F(oxviewTest, rendersAMillionTriangleBinaryStl) {

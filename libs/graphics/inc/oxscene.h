@@ -106,7 +106,9 @@ public:
     void setRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2);
     void drawRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2);
     bool clearRubberRect();
-    /// BGRA bytes of the current image, bottom row first; the caller frees them with delete[].
+    /// BGRA bytes of the current image, bottom row first: exactly viewportWidth × viewportHeight × 4
+    /// bytes, whatever size the targets were built at (what they do not cover is zero). The caller
+    /// frees them with delete[]; null without a context or a viewport.
     char* writeToBuffer() const;
     /// While disabled, draw() returns at once without touching OpenGL. No event either way.
     void setSceneUpdateEnabled(bool enabled);
@@ -115,7 +117,10 @@ public:
     void fireSceneInvalid();
 
     // --- camera and viewport ---------------------------------------------------------------
+    /// The camera. Its setters refuse values that are not finite (a warning, the camera unchanged).
     ox::refPtr<iCamera> camera() const;
+    /// A negative side counts as 0; a view size that is not a positive finite number keeps the
+    /// current one, and any view size is held to [1e-9, 1e17] (both with a warning).
     void resize(int width, int height, double viewSize, int offsetFocusBeginWidth, int offsetFocusBeginHeight,
                 int offsetFocusEndWidth, int offsetFocusEndHeight);
     void resizeOffset(int offsetFocusBeginWidth, int offsetFocusBeginHeight, int offsetFocusEndWidth,
