@@ -67,6 +67,17 @@ TEST_F(badInputTest, nonFiniteCameraAndViewValuesAreRefusedAndAFitAlwaysBringsTh
         view->resize(100, 100, size, 0, 0, 0, 0);
         EXPECT_EQ(view->viewSize(), 10.0) << size;
     }
+    view->setViewPreceding({kNaN, 0, 1}, 10);
+    view->setViewOrientation({0, 0, 1}, kInf);
+    EXPECT_EQ(view->viewPrecedingAngle(), 0.0);
+    EXPECT_EQ(view->viewOrientationAngle(), 0.0);
+    oxGeo::matrix3d brokenModel;
+    brokenModel(1, 1) = kNaN;
+    const auto rotationBefore = camera->rotation();
+    view->setCustomViewDirection(kNaN, 0, -1, /*animate*/ false, point3d());
+    view->setFrontView(/*animate*/ true, brokenModel, point3d());
+    view->setTopView(false, oxGeo::matrix3d(), point3d(0, kInf, 0), vector3d(0, 1, 0));
+    EXPECT_TRUE(camera->rotation().isEqualTo(rotationBefore, 0.0));
     for (const double factor : {kNaN, kInf, 0.0, -2.0}) view->zoomDynamic(50, 50, factor);
     EXPECT_EQ(view->viewSize(), 10.0);
     EXPECT_EQ(centreAfterPaint(*view), kRed);

@@ -4,11 +4,21 @@
 #include "glcamera.h"
 #include "iscene.h"
 
+#include "oxgeolimits.h"
+#include "oxlog.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace oxGraphics {
 namespace {
+
+// A correction that is no number would turn every later standard view into nothing.
+bool refusedViewCorrection(const oxGeo::vector3d& axis, double angleDeg, const char* logger) {
+    if (oxGeo::isFinite(axis) && std::isfinite(angleDeg)) return false;
+    OX_LOG_WARN(logger, L"ignored a view correction that is not finite; the previous one stays");
+    return true;
+}
 
 constexpr double kPi = ox::angle::kPi;
 constexpr int kTransferSteps = 15;
@@ -41,6 +51,7 @@ oxGeo::vector3d inPlane(const oxGeo::vector3d& v) {
 // ---- corrections -----------------------------------------------------------------------------
 
 void scene::setViewPreceding(const oxGeo::vector3d& axis, double angleDeg) {
+    if (refusedViewCorrection(axis, angleDeg, "oxGraphics::scene::setViewPreceding")) return;
     ox::mutexLock lock(mTransferLock); // replayed requests read it on the transfer's thread
     mPrecedingAxis = axis;
     mPrecedingAngle = angleDeg;
@@ -48,6 +59,7 @@ void scene::setViewPreceding(const oxGeo::vector3d& axis, double angleDeg) {
 const oxGeo::vector3d& scene::viewPrecedingAxis() const { return mPrecedingAxis; }
 double scene::viewPrecedingAngle() const { return mPrecedingAngle; }
 void scene::setViewOrientation(const oxGeo::vector3d& axis, double angleDeg) {
+    if (refusedViewCorrection(axis, angleDeg, "oxGraphics::scene::setViewOrientation")) return;
     ox::mutexLock lock(mTransferLock);
     mOrientationAxis = axis;
     mOrientationAngle = angleDeg;
@@ -108,6 +120,10 @@ void scene::setStandardView(eViewSetter setter, bool animate, const oxGeo::matri
                             const oxGeo::point3d& pivot, const oxGeo::vector3d& extra) {
     const auto context = mImplementation->glContext();
     if (!context || !context->isValid()) return; // the view is gone
+    if (!oxGeo::isFinite(model) || !oxGeo::isFinite(pivot) || !oxGeo::isFinite(extra)) {
+        OX_LOG_WARN("oxGraphics::scene::setStandardView", L"ignored a view request with values that are not finite");
+        return;
+    }
     ox::mutexLock lock(mTransferLock);
     if (transferRunning()) {
         mRequestQueue.push_back({setter, animate, model, pivot, extra, {}});
