@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgl-dev libglu1-mesa-dev libegl-dev libgl1-mesa-dri libegl-mesa0 libglew-dev
-  libx11-dev xvfb xauth
+  libx11-dev xvfb xauth xdotool
   libspdlog-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
   libpng-dev libassimp-dev libglfw3-dev
   libgtest-dev libgmock-dev libbenchmark-dev

@@ -1,6 +1,7 @@
 #include "headlessRenderer.h"
 
 #include "multisampleLimit.h"
+#include "partManipulation.h"
 #include "pngFile.h"
 #include "standardView.h"
 
@@ -67,6 +68,8 @@ int renderHeadless(const viewerOptions_t& options, const sceneContent_t& content
     for (const auto& drawable : content.mDrawables) scene->add(drawable);
     applyStandardView(*scene, options.mView, /*animate*/ false);
     scene->zoomAll();
+    partManipulation parts(scene, content.mParts);
+    if (content.mFeaturedPart) parts.showManipulatorOn(content.mFeaturedPart);
 
     // The first frame records every entity's geometry and draws it.
     timer.start("record");

@@ -113,8 +113,9 @@ polyline3d toolPath() {
 
 } // namespace
 
-std::vector<ox::refPtr<oxGraphics::iDrawable>> buildSampleScene() {
-    std::vector<ox::refPtr<oxGraphics::iDrawable>> drawables;
+sceneContent_t buildSampleScene() {
+    sceneContent_t content;
+    auto& drawables = content.mDrawables;
 
     // Base plate, its top face in z = 0.
     mesh3d plate;
@@ -125,6 +126,8 @@ std::vector<ox::refPtr<oxGraphics::iDrawable>> buildSampleScene() {
     mesh3d shaft;
     appendTurnedPart({{0, 0}, {10, 0}, {10, 50}, {6, 50}, {6, 68}, {4, 70}, {0, 70}}, {-50.0, -15.0, 0.0}, shaft);
     drawables.push_back(part(std::move(shaft), {225, 135, 40}));
+    // The tall shaft stands clear against the background, so the handle on its top reads well.
+    content.mFeaturedPart = drawables.back();
 
     // Flanged bushing: a flange ring and a hub around a through bore.
     mesh3d bushing;
@@ -137,6 +140,7 @@ std::vector<ox::refPtr<oxGraphics::iDrawable>> buildSampleScene() {
     appendBox({-32.0, 18.0, 0.0}, 44.0, 28.0, 6.0, bracket);
     appendBox({-32.0, 40.0, 6.0}, 44.0, 6.0, 40.0, bracket);
     drawables.push_back(part(std::move(bracket), {200, 70, 80}));
+    content.mParts = drawables;
 
     auto path = oxGraphics::polylineEntity::create(
         ox::const_sharedPtr<polyline3d>(std::make_shared<polyline3d>(toolPath())));
@@ -162,7 +166,7 @@ std::vector<ox::refPtr<oxGraphics::iDrawable>> buildSampleScene() {
     triad->setSize(25.0);
     drawables.push_back(oxGraphics::boundedDrawable::create(triad));
 
-    return drawables;
+    return content;
 }
 
 } // namespace oxview

@@ -31,7 +31,7 @@ constexpr std::array<ox::rgbColor, 8> kPalette{{
 contentResult_t buildContent(const std::vector<std::string>& meshFiles) {
     contentResult_t result;
     if (meshFiles.empty()) {
-        result.mContent.mDrawables = buildSampleScene();
+        result.mContent = buildSampleScene();
         return result;
     }
     for (std::size_t i = 0; i < meshFiles.size(); ++i) {
@@ -47,6 +47,7 @@ contentResult_t buildContent(const std::vector<std::string>& meshFiles) {
         auto entity = oxGraphics::meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(std::move(loaded.mMesh)));
         entity->setColor(kPalette[i % kPalette.size()]);
         result.mContent.mDrawables.push_back(oxGraphics::boundedDrawable::create(entity));
+        result.mContent.mParts.push_back(result.mContent.mDrawables.back());
     }
     return result;
 }

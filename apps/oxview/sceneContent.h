@@ -11,6 +11,8 @@ namespace oxview {
 
 struct sceneContent_t {
     std::vector<ox::refPtr<oxGraphics::iDrawable>> mDrawables;  ///< each frames itself for zoomAll
+    std::vector<ox::refPtr<oxGraphics::iDrawable>> mParts;      ///< those the window lets the user move
+    ox::refPtr<oxGraphics::iDrawable> mFeaturedPart;            ///< shown with the manipulator; null for none
     std::size_t mTriangles = 0;                                 ///< of the mesh files; 0 for the sample
 };
 

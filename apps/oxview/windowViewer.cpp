@@ -1,6 +1,9 @@
 #include "windowViewer.h"
 
 #include "multisampleLimit.h"
+#include "outputTarget.h"
+#include "partManipulation.h"
+#include "pngFile.h"
 #include "standardView.h"
 
 #include "oxglcontext.h"
@@ -22,7 +25,11 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <filesystem>
 #include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
 #include <thread>
 
 namespace oxview {
@@ -69,9 +76,21 @@ constexpr std::array<eStandardView, 10> kKeyViews{
 constexpr double kClickSlop = 3.0;
 constexpr unsigned int kPickHalfSize = 4;
 
+/// What the mouse button that is down is doing.
+enum class eDrag {
+    none,       // no button down
+    pending,    // down, not yet moved beyond the click slop
+    camera,     // turning or panning the view
+    grip,       // moving or turning the manipulated part
+    cancelled,  // a part drag ended with Esc: the rest of it is ignored
+};
+
 class windowViewer {
 public:
-    windowViewer(GLFWwindow* window, const ox::refPtr<oxGraphics::scene>& scene) : mWindow(window), mScene(scene) {
+    windowViewer(GLFWwindow* window, const ox::refPtr<oxGraphics::scene>& scene, const sceneContent_t& content,
+                 std::string frameFile)
+        : mWindow(window), mScene(scene), mParts(scene, content.mParts), mFrameFile(std::move(frameFile)) {
+        if (content.mFeaturedPart) mParts.toggleSelection(content.mFeaturedPart);
         glfwSetWindowUserPointer(window, this);
         glfwSetFramebufferSizeCallback(window, [](GLFWwindow* w, int width, int height) {
             self(w).onResize(width, height);
@@ -119,7 +138,31 @@ private:
         mScene->setupForPainting();
         mScene->renderBefore();
         mScene->draw();
+        // Without samples the frame is only in the back buffer until the swap; with them it is
+        // in the resolved target, which renderAfter fills.
+        std::unique_ptr<char[]> pixels;
+        if (mSaveFrame && mScene->multisamples() < 1) pixels.reset(mScene->writeToBuffer());
         mScene->renderAfter();  // presents the frame
+        if (mSaveFrame && !pixels) pixels.reset(mScene->writeToBuffer());
+        if (mSaveFrame) saveFrame(pixels.get());
+        mSaveFrame = false;
+    }
+
+    /// Writes the frame to the --out file, as a headless run would, and says where it went.
+    void saveFrame(const char* pixels) const {
+        const outputTarget_t target = resolveOutputTarget(mFrameFile);
+        std::string error = target.mError;
+        if (error.empty() && pixels == nullptr) error = "reading the frame back failed";
+        if (error.empty())
+            error = writePngFile(target.mPath, reinterpret_cast<const unsigned char*>(pixels), mScene->viewportWidth(),
+                                 mScene->viewportHeight());
+        if (!error.empty()) {
+            std::cerr << "oxview: " << error << "\n";
+            return;
+        }
+        std::error_code ec;
+        const std::filesystem::path written = std::filesystem::canonical(target.mPath, ec);
+        std::cout << "oxview: wrote " << (ec ? target.mPath : written.string()) << std::endl;
     }
 
     /// Cursor positions are in screen coordinates; the scene works in framebuffer pixels.
@@ -145,24 +188,35 @@ private:
         // that would already be where the pointer went afterwards.
         const double x = mCursorX, y = mCursorY;
         if (action == GLFW_PRESS) {
+            if (mDrag != eDrag::none) return;  // a second button during a drag
             mButton = button;
             mPressX = mLastX = x;
             mPressY = mLastY = y;
-            mDragged = false;
+            // A press on a grip starts the part's drag at once, so a click there never selects.
+            mDrag = button == GLFW_MOUSE_BUTTON_LEFT && mParts.beginDrag(x, y) ? eDrag::grip : eDrag::pending;
             return;
         }
         if (action != GLFW_RELEASE || button != mButton) return;
+        const eDrag drag = mDrag;
         mButton = -1;
-        if (button == GLFW_MOUSE_BUTTON_LEFT && !mDragged) pick(x, y);
+        mDrag = eDrag::none;
+        if (drag == eDrag::grip) mParts.endDrag(x, y);
+        else if (drag == eDrag::pending && button == GLFW_MOUSE_BUTTON_LEFT) pick(x, y);
+        mParts.hover(x, y);
     }
 
     void onCursor(double x, double y) {
         toPixels(x, y);
         mCursorX = x;
         mCursorY = y;
-        if (mButton < 0) return;
-        if (!mDragged && std::hypot(x - mPressX, y - mPressY) < kClickSlop) return;
-        mDragged = true;
+        if (mDrag == eDrag::none) {
+            mParts.hover(x, y);
+            return;
+        }
+        if (mDrag == eDrag::grip) mParts.dragTo(x, y);
+        if (mDrag == eDrag::grip || mDrag == eDrag::cancelled) return;
+        if (mDrag == eDrag::pending && std::hypot(x - mPressX, y - mPressY) < kClickSlop) return;
+        mDrag = eDrag::camera;
         const int x1 = int(std::lround(mLastX)), y1 = int(std::lround(mLastY));
         const int x2 = int(std::lround(x)), y2 = int(std::lround(y));
         if (mButton == GLFW_MOUSE_BUTTON_LEFT) mScene->rotateCamera(x1, y1, x2, y2);
@@ -178,35 +232,66 @@ private:
         mRepaint->mDirty = true;  // zooming fires no event of its own
     }
 
-    /// A click toggles the selection of the drawable under the cursor; a click on nothing
-    /// clears the selection.
+    /// A click selects the drawable under the cursor alone (a part gets the manipulator), or
+    /// deselects it when it was selected; a click on nothing clears the selection.
     void pick(double x, double y) {
         ox::refPtr<ox::iRefObj> hit;
         const auto px = static_cast<unsigned int>(std::max(0L, std::lround(x)));
         const auto py = static_cast<unsigned int>(std::max(0L, std::lround(y)));
         mScene->pickSelect(px, py, kPickHalfSize, hit);
-        const auto drawable = ox::dynamicRefCast<oxGraphics::iDrawable>(hit);
-        if (!drawable) mScene->clearSelection();
-        else if (mScene->isSelected(drawable)) mScene->removeFromSelection(drawable);
-        else mScene->addToSelection(drawable);
+        mParts.toggleSelection(ox::dynamicRefCast<oxGraphics::iDrawable>(hit));
         mRepaint->mDirty = true;  // selection changes fire no event
     }
 
     void onKey(int key, int action) {
+        if (action == GLFW_REPEAT) {
+            // Held keys repeat the part's steps, nothing else.
+            if (const auto step = partStepOf(key)) stepPart(*step);
+            return;
+        }
         if (action != GLFW_PRESS) return;
-        if (key == GLFW_KEY_ESCAPE) glfwSetWindowShouldClose(mWindow, GLFW_TRUE);
-        else if (key == GLFW_KEY_A) mScene->zoomAll();
+        if (key == GLFW_KEY_ESCAPE && mDrag == eDrag::grip) {
+            mParts.cancelDrag();
+            mDrag = eDrag::cancelled;
+        } else if (key == GLFW_KEY_ESCAPE) {
+            glfwSetWindowShouldClose(mWindow, GLFW_TRUE);
+        } else if (const auto step = partStepOf(key)) {
+            stepPart(*step);
+        } else if (key == GLFW_KEY_S) {
+            mSaveFrame = true;
+            mRepaint->mDirty = true;
+        } else if (key == GLFW_KEY_A) mScene->zoomAll();
         else if (key >= GLFW_KEY_1 && key <= GLFW_KEY_9) applyStandardView(*mScene, kKeyViews[key - GLFW_KEY_1], true);
         else if (key == GLFW_KEY_0) applyStandardView(*mScene, kKeyViews[9], true);
+    }
+
+    void stepPart(ePartStep step) {
+        mParts.step(step);
+        mParts.hover(mCursorX, mCursorY);  // the handle moved: the grip under the cursor may be another
+    }
+
+    static std::optional<ePartStep> partStepOf(int key) {
+        switch (key) {
+        case GLFW_KEY_LEFT: return ePartStep::left;
+        case GLFW_KEY_RIGHT: return ePartStep::right;
+        case GLFW_KEY_UP: return ePartStep::up;
+        case GLFW_KEY_DOWN: return ePartStep::down;
+        case GLFW_KEY_PAGE_UP: return ePartStep::turnLeft;
+        case GLFW_KEY_PAGE_DOWN: return ePartStep::turnRight;
+        default: return std::nullopt;
+        }
     }
 
     GLFWwindow* mWindow;
     ox::refPtr<oxGraphics::scene> mScene;
     ox::refPtr<repaintObserver> mRepaint{new repaintObserver};
+    partManipulation mParts;
+    std::string mFrameFile;  // where 's' writes the frame
     int mButton = -1;
+    eDrag mDrag = eDrag::none;
     double mCursorX = 0, mCursorY = 0;  // framebuffer pixels
     double mPressX = 0, mPressY = 0, mLastX = 0, mLastY = 0;
-    bool mDragged = false;
+    bool mSaveFrame = false;
 };
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -274,7 +359,7 @@ int runWindow(const viewerOptions_t& options, const sceneContent_t& content) {
         applyStandardView(*scene, options.mView, /*animate*/ false);
         scene->zoomAll();
 
-        windowViewer viewer(window.get(), scene);
+        windowViewer viewer(window.get(), scene, content, options.mOutFile);
         viewer.run(options.mFrames);
     }
     // The content's recordings outlive this function; with the context gone they are let go
