@@ -108,15 +108,8 @@ void partManipulation::endDrag(double x, double y) {
 }
 
 void partManipulation::cancelDrag() {
-    if (!mControl || !mInTrafo) return;
-    part_t& part = mParts[mPart];
-    part.mTransformation = mTransformationAtStart;
-    part.mDrawable->setTransformation(part.mTransformation);
-    mInTrafo = false;
-    // The control cannot abandon a modification by itself; leaving the scene drops it without
-    // moving the placement on, and coming back shows the handle where the drag began.
-    mControl->detachFromScene();
-    mControl->attachToScene();
+    // The control hands back the identity (the part returns through setTrafo) and ends the drag.
+    if (mControl) mControl->cancelModify();
 }
 
 bool partManipulation::dragging() const { return mControl && mControl->isModifying(); }

@@ -151,6 +151,10 @@ public:
     /// Ends the modification: the final transformation to the callback, the end call, and the
     /// placement moves on. Nothing when no operation runs.
     void endModify(double x, double y);
+    /// Abandons the modification in progress (Esc during a drag): the callback gets the identity,
+    /// so the host's objects return to where they were, then the end call with the begin's code;
+    /// the placement stays where it was. Nothing when no operation runs.
+    void cancelModify();
     /// A whole keyboard modification: kMoveRotMoveViewStep moves `value` world units in `dir`,
     /// kMoveRotRotZStep turns `value` degrees about local Z (`dir` is not used), kMoveRotTiltXYStep
     /// tilts `value` degrees towards `dir`. The host sees begin, one setTrafo and end, as for a

@@ -203,6 +203,23 @@ TEST_F(moveRotationControlTest, theHostSeesBeginOneSetTrafoPerModifyAndEndWithTh
     }
 }
 
+TEST_F(moveRotationControlTest, aCancelledDragPutsEverythingBackAndEndsWithTheBeginCode) {
+    const double a = 20.0 * ox::angle::kPi / 180.0;
+    rig r(oxtest::obliqueView(), oxtest::translation({1, 2, 3}));
+    const auto p = r.pixel({1 + 8 * std::cos(a), 2 + 8 * std::sin(a), 3}); // the Z ring: code 1
+    ASSERT_TRUE(r.control->startModify(p.x(), p.y(), kPick));
+    r.control->modify(p.x() + 20, p.y() + 10);
+    r.control->cancelModify();
+    EXPECT_FALSE(r.control->isModifying());
+    ASSERT_EQ(r.host.trafos.size(), 2u);
+    EXPECT_TRUE(matricesNear(r.host.trafos.back(), matrix3d(), kTolerance));
+    EXPECT_EQ(r.host.ends, std::vector<int>{1});
+    EXPECT_TRUE(matricesNear(r.control->currentPlacement(), oxtest::translation({1, 2, 3}), kTolerance));
+    r.control->cancelModify(); // nothing runs: nothing happens
+    r.control->endModify(p.x(), p.y());
+    EXPECT_EQ(r.host.ends.size(), 1u);
+}
+
 TEST_F(moveRotationControlTest, aRejectedTransformationKeepsThePreviousResult) {
     rig r(oxtest::topView());
     r.host.accept = 1;

@@ -243,6 +243,23 @@ void moveRotationControl::endModify(double /*x*/, double /*y*/) {
     mImpl->fireSceneInvalid();
 }
 
+void moveRotationControl::cancelModify() {
+    if (!mImpl->attached || !mImpl->operation) return;
+    ox::refPtr<moveRotationControl> self(this);
+    const int code = directionCodeOf(mImpl->operationKind);
+    mImpl->result = oxGeo::matrix3d();
+    if (mImpl->functor) {
+        mImpl->functor->setTrafo(mImpl->result); // the host's objects go back to where they were
+        mImpl->functor->endSetTrafo(code);
+    }
+    mImpl->dropOperation();
+    if (mImpl->drawable) {
+        mImpl->drawable->setTransformation(oxGeo::matrix3d());
+        mImpl->syncPlacement();
+    }
+    mImpl->fireSceneInvalid();
+}
+
 void moveRotationControl::performModify(eMoveRotOperation op, eMoveRotDirection dir, double value) {
     if (!mImpl->attached) return;
     if (!std::isfinite(value)) {
