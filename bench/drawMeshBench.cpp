@@ -28,6 +28,8 @@
 
 #include <GL/glew.h>
 
+#include "benchTiming.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -42,19 +44,11 @@
 
 namespace {
 
-using clock_type = std::chrono::steady_clock;
+using oxbench::clock_type;
+using oxbench::median;
+using oxbench::millisecondsSince;
 using oxGraphics::openGL::glRecording;
 using oxGraphics::openGL::glRenderDrawer;
-
-double millisecondsSince(clock_type::time_point start) {
-    return std::chrono::duration<double, std::milli>(clock_type::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t n = values.size();
-    return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
-}
 
 class benchHost : public oxGraphics::openGL::iDrawerHost {
 public:

@@ -20,6 +20,8 @@
 
 #include "oxgeomesh.h"
 
+#include "benchTiming.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -31,17 +33,9 @@
 
 namespace {
 
-using clock_type = std::chrono::steady_clock;
-
-double millisecondsSince(clock_type::time_point start) {
-    return std::chrono::duration<double, std::milli>(clock_type::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t n = values.size();
-    return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
-}
+using oxbench::clock_type;
+using oxbench::median;
+using oxbench::millisecondsSince;
 
 /// A wavy height field of about `triangles` triangles over the square [x0, x0 + side] x [y0, y0 + side].
 std::shared_ptr<oxGeo::mesh3d> makeSurface(std::size_t triangles, double x0, double y0, double side) {
