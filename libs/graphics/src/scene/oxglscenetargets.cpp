@@ -66,8 +66,10 @@ void glScene::initFBOWithMultiSampling(int width, int height) {
     mTargetHeight = height;
     // A driver may report a target complete whose storage it could not allocate.
     bool outOfMemory = false;
-    for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError())
+    for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError()) {
+        OX_LOG_DEBUG(kInitLogger, L"InitFBOWithMultiSampling - glGetError %i", static_cast<int>(error));
         outOfMemory = outOfMemory || error == GL_OUT_OF_MEMORY;
+    }
     mTargetsComplete = resolveComplete && multisampledComplete && !outOfMemory;
     bringTransparencyTargets(std::max(mActualSamples, 1));
 }
