@@ -98,6 +98,12 @@ int main(int argc, char** argv) {
         {"tetrahedron-ascii.stl", asciiStl()},     {"tetrahedron-binary.stl", binaryStl()},
         {"cube.obj", obj()},                       {"tetrahedron-ascii.ply", asciiPly()},
         {"tetrahedron-le.ply", binaryPly(false)}, {"tetrahedron-be.ply", binaryPly(true)},
+        // Points, lines, an empty solid: the other primitive kinds and the parts that are skipped.
+        {"mixed.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 1 0.5 0.2 0.9\ng empty\ng some\nf 1 2 3\np 4\nl 1 2 4 1\n"},
+        {"colored-cloud.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                              "property float z\nproperty uchar red\nproperty uchar green\nproperty uchar blue\n"
+                              "end_header\n0 0 0 255 0 0\n1 0 0 0 255 0\n0 1 0 0 0 255\n"},
+        {"two-solids.stl", "solid empty\nendsolid empty\n" + asciiStl()},
     };
     for (const auto& [name, content] : files) {
         std::ofstream out(dir / name, std::ios::binary);

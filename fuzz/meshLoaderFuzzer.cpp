@@ -41,9 +41,9 @@ bool writeFile(const std::string& path, const std::uint8_t* data, std::size_t si
     return std::fclose(file) == 0 && written;
 }
 
-/// What every load must hold to: a mesh of usable triangles, or one line of reason.
+/// What every load must hold to: usable triangles, points or polylines, or one line of reason.
 void checkResult(const oxview::meshLoadResult_t& result) {
-    if (!result.mMesh) {
+    if (!result.mError.empty()) {
         if (result.mError.empty() || result.mError.find('\n') != std::string::npos) std::abort();
         // Only a failed child's own first line can name a sanitizer; the input may spell the words
         // anywhere else (libFuzzer's comparison tracing soon finds them).
@@ -53,12 +53,20 @@ void checkResult(const oxview::meshLoadResult_t& result) {
             std::fprintf(stderr, "meshLoaderFuzzer: sanitizer report in the import child: %s\n", result.mError.c_str());
         return;
     }
-    if (result.mMesh->patchCount() == 0) std::abort();
-    for (const auto& patch : result.mMesh->patches())
-        for (int c = 0; c < patch.cornerCount(); ++c) {
-            const auto& p = patch.corner(c);
+    if (!result.mMesh && result.mPoints.empty() && result.mPolylines.empty()) std::abort();
+    if (result.mMesh) {
+        if (result.mMesh->patchCount() == 0) std::abort();
+        for (const auto& patch : result.mMesh->patches())
+            for (int c = 0; c < patch.cornerCount(); ++c)
+                if (!oxGeo::isUsable(patch.corner(c))) std::abort();
+    }
+    for (const auto& p : result.mPoints)
+        if (!oxGeo::isUsable(p)) std::abort();
+    for (const auto& polyline : result.mPolylines) {
+        if (polyline.points().size() < 2) std::abort();
+        for (const auto& p : polyline.points())
             if (!oxGeo::isUsable(p)) std::abort();
-        }
+    }
 }
 
 } // namespace

@@ -210,7 +210,9 @@ childOutcome_t runInChild(const std::function<int(int)>& work, const childLimits
             outcome.mEnd = childOutcome_t::eEnd::timedOut;
             return outcome;  // the child is killed and reaped on the way out
         }
-        const int ready = ::poll(watched, 2, static_cast<int>(std::min<long long>(left.count(), 1000 * 60)));
+        const long long wait = limits.mWhileWaiting ? 100 : 1000 * 60;
+        const int ready = ::poll(watched, 2, static_cast<int>(std::min<long long>(left.count(), wait)));
+        if (limits.mWhileWaiting) limits.mWhileWaiting();
         if (ready < 0 && errno != EINTR) {
             outcome.mError = std::string("cannot watch the child: ") + std::strerror(errno);
             return outcome;

@@ -13,6 +13,7 @@ struct childLimits_t {
     std::chrono::milliseconds mTime{10000};  ///< wall time from the fork until the child is killed
     std::size_t mMemory = 0;                 ///< address space beyond the caller's; 0: no limit
     std::size_t mMaxOutput = 0;              ///< result bytes the caller accepts; more kills the child
+    std::function<void()> mWhileWaiting;     ///< called about every 100 ms while the child works; may be empty
 };
 
 struct childOutcome_t {

@@ -3,6 +3,7 @@
 #include "multisampleLimit.h"
 #include "partManipulation.h"
 #include "pngFile.h"
+#include "progressLine.h"
 #include "standardView.h"
 
 #include "oxglcontext.h"
@@ -13,6 +14,8 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace oxview {
 namespace {
@@ -73,7 +76,10 @@ int renderHeadless(const viewerOptions_t& options, const sceneContent_t& content
 
     // The first frame records every entity's geometry and draws it.
     timer.start("record");
-    paint(*scene);
+    {
+        const progressWatcher progress("drawing the first frame");
+        paint(*scene);
+    }
     if (options.mTimings) {
         // What every later frame of a window costs: the recordings replayed.
         timer.start("frame");
@@ -102,9 +108,12 @@ int renderHeadless(const viewerOptions_t& options, const sceneContent_t& content
     std::cout << "oxview: wrote " << written.string() << " (" << options.mWidth << "x" << options.mHeight << ", "
               << standardViewName(options.mView) << " view, " << samples << " samples)" << std::endl;
     if (options.mTimings) {
-        std::cerr << "timings of " << (content.mTriangles ? std::to_string(content.mTriangles) + " triangles"
-                                                          : std::string("the sample scene"))
-                  << ":\n";
+        std::string counted;
+        const std::pair<std::size_t, const char*> counts[] = {
+            {content.mTriangles, " triangles"}, {content.mPoints, " points"}, {content.mPolylines, " polylines"}};
+        for (const auto& [count, what] : counts)
+            if (count) counted += (counted.empty() ? "" : ", ") + std::to_string(count) + what;
+        std::cerr << "timings of " << (counted.empty() ? std::string("the sample scene") : counted) << ":\n";
         timer.print(std::cerr);
     }
     return 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -25,7 +26,8 @@ childLimits_t budgetFor(std::uintmax_t fileSize, const meshLoadOptions_t& option
                           static_cast<double>(options.mMemoryPerFileByte) * static_cast<double>(fileSize);
     const auto bytes = memory < 0x1p62 ? static_cast<std::size_t>(memory) : std::size_t(1) << 62;
     // Whatever the child sends back was built within its memory budget, so that bounds it too.
-    return {std::chrono::milliseconds(static_cast<long long>(std::ceil(seconds * 1000.0))), bytes, bytes};
+    return {std::chrono::milliseconds(static_cast<long long>(std::ceil(seconds * 1000.0))), bytes, bytes,
+            options.mWhileWaiting};
 }
 
 /// "12 s", "2.5 s".
@@ -120,6 +122,71 @@ std::shared_ptr<oxGeo::mesh3d> buildMesh(const importedMesh_t& imported, std::si
     return mesh;
 }
 
+/// The usable points, and their mean colour when they have colours; `skipped` counts the others.
+void buildPoints(const importedMesh_t& imported, meshLoadResult_t& out, std::size_t& skipped) {
+    const bool colored = !imported.mPointColors.empty();
+    std::array<double, 3> sum{};
+    for (std::size_t i = 0; i < imported.mPoints.size(); ++i) {
+        const float* p = &imported.mPositions[3 * std::size_t(imported.mPoints[i])];
+        if (!usableCorner(p)) {
+            ++skipped;
+            continue;
+        }
+        out.mPoints.push_back({p[0], p[1], p[2]});
+        for (int c = 0; colored && c < 3; ++c) sum[c] += imported.mPointColors[3 * i + c];
+    }
+    if (!colored || out.mPoints.empty()) return;
+    std::array<std::uint8_t, 3> mean;
+    for (int c = 0; c < 3; ++c) mean[c] = static_cast<std::uint8_t>(sum[c] / double(out.mPoints.size()) + 0.5);
+    out.mPointColor = mean;
+}
+
+/// The usable segments as polylines: a segment that starts (or ends) where the previous one ended
+/// continues its polyline, so a path written as segments is drawn as one strip.
+void buildPolylines(const importedMesh_t& imported, meshLoadResult_t& out, std::size_t& skipped) {
+    std::vector<std::uint32_t> chain;
+    auto flush = [&] {
+        if (chain.empty()) return;
+        std::vector<oxGeo::point3d> points;
+        points.reserve(chain.size());
+        for (const std::uint32_t v : chain) {
+            const float* p = &imported.mPositions[3 * std::size_t(v)];
+            points.push_back({p[0], p[1], p[2]});
+        }
+        out.mPolylines.emplace_back(std::move(points));
+        chain.clear();
+    };
+    for (std::size_t s = 0; s < imported.mSegments.size(); s += 2) {
+        const std::uint32_t a = imported.mSegments[s], b = imported.mSegments[s + 1];
+        if (!usableCorner(&imported.mPositions[3 * std::size_t(a)]) ||
+            !usableCorner(&imported.mPositions[3 * std::size_t(b)])) {
+            ++skipped;
+            flush();
+            continue;
+        }
+        if (!chain.empty() && chain.back() == a) {
+            chain.push_back(b);
+        } else if (!chain.empty() && chain.back() == b) {
+            chain.push_back(a);
+        } else {
+            flush();
+            chain = {a, b};
+        }
+    }
+    flush();
+}
+
+/// "2 of 10 triangles, 1 of 3 points" for the kinds with skipped items.
+std::string skippedTally(const std::size_t (&skipped)[3], const std::size_t (&total)[3]) {
+    static const char* const kNames[3] = {" triangles", " points", " line segments"};
+    std::string tally;
+    for (int k = 0; k < 3; ++k)
+        if (skipped[k])
+            tally += (tally.empty() ? "" : ", ") + std::to_string(skipped[k]) + " of " + std::to_string(total[k]) +
+                     kNames[k];
+    return tally;
+}
+
 } // namespace
 
 bool isSupportedMeshExtension(const std::string& path) {
@@ -128,7 +195,11 @@ bool isSupportedMeshExtension(const std::string& path) {
 }
 
 meshLoadResult_t loadMeshFile(const std::string& path, const meshLoadOptions_t& options) {
-    auto fail = [](std::string reason) { return meshLoadResult_t{nullptr, std::move(reason), {}}; };
+    auto fail = [](std::string reason) {
+        meshLoadResult_t failed;
+        failed.mError = std::move(reason);
+        return failed;
+    };
 
     std::error_code ec;
     const auto status = std::filesystem::status(path, ec);
@@ -155,15 +226,30 @@ meshLoadResult_t loadMeshFile(const std::string& path, const meshLoadOptions_t& 
     if (!content.mError.empty()) return fail("the importer's result is unusable: " + content.mError);
     if (!content.mMesh) return fail("corrupt or unsupported content: " + oneLine(content.mImportError));
 
-    std::size_t skipped = 0;
-    auto mesh = buildMesh(*content.mMesh, skipped);
+    const importedMesh_t& imported = *content.mMesh;
+    meshLoadResult_t result;
+    std::size_t skipped[3] = {0, 0, 0};
+    const std::size_t total[3] = {imported.triangleCount(), imported.mPoints.size(), imported.segmentCount()};
+    result.mMesh = buildMesh(imported, skipped[0]);
+    if (result.mMesh->patchCount() == 0) result.mMesh.reset();
+    buildPoints(imported, result, skipped[1]);
+    buildPolylines(imported, result, skipped[2]);
     char limit[32];
     std::snprintf(limit, sizeof limit, "%g", kMaxCoordinate);
-    const std::string tally = std::to_string(skipped) + " of " + std::to_string(content.mMesh->triangleCount()) +
-                              " triangles: a corner is not finite or beyond " + limit + " in magnitude";
-    if (mesh->patchCount() == 0)
-        return fail(skipped ? "no usable triangles (skipped " + tally + ")" : "contains no triangles (empty mesh)");
-    return {std::move(mesh), {}, skipped ? "skipped " + tally : std::string()};
+    const std::string tally = skippedTally(skipped, total) + ": a corner is not finite or beyond " + limit +
+                              " in magnitude";
+    const bool anySkipped = skipped[0] + skipped[1] + skipped[2] > 0;
+    if (!result.mMesh && result.mPoints.empty() && result.mPolylines.empty()) {
+        if (!anySkipped) return fail("contains no triangles, points or lines");
+        // Names what the file had: "no usable triangles", "no usable points or line segments".
+        static const char* const kKinds[3] = {"triangles", "points", "line segments"};
+        std::string kinds;
+        for (int k = 0; k < 3; ++k)
+            if (total[k]) kinds += (kinds.empty() ? "" : " or ") + std::string(kKinds[k]);
+        return fail("no usable " + kinds + " (skipped " + tally + ")");
+    }
+    if (anySkipped) result.mWarning = "skipped " + tally;
+    return result;
 }
 
 } // namespace oxview

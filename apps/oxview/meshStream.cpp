@@ -17,6 +17,9 @@ enum eSection : std::uint32_t {
     kPositions = 1,    ///< float x, y, z per vertex
     kTriangles = 2,    ///< uint32 indices, three per triangle
     kImportError = 3,  ///< the importer's reason, as text
+    kPoints = 4,       ///< uint32 indices, one per point
+    kPointColors = 5,  ///< uint8 r, g, b per point
+    kSegments = 6,     ///< uint32 indices, two per line segment
 };
 
 struct sectionHeader_t {
@@ -48,6 +51,9 @@ bool writeMeshStream(int fd, const importedMesh_t& mesh) {
     return writeAll(fd, kSignature, sizeof kSignature) &&
            writeSection(fd, kPositions, mesh.mPositions.data(), mesh.mPositions.size() * sizeof(float)) &&
            writeSection(fd, kTriangles, mesh.mTriangles.data(), mesh.mTriangles.size() * sizeof(std::uint32_t)) &&
+           writeSection(fd, kPoints, mesh.mPoints.data(), mesh.mPoints.size() * sizeof(std::uint32_t)) &&
+           writeSection(fd, kPointColors, mesh.mPointColors.data(), mesh.mPointColors.size()) &&
+           writeSection(fd, kSegments, mesh.mSegments.data(), mesh.mSegments.size() * sizeof(std::uint32_t)) &&
            writeSection(fd, kEnd, nullptr, 0);
 }
 
@@ -63,7 +69,14 @@ meshStreamContent_t readMeshStream(const std::vector<char>& bytes) {
 
     importedMesh_t mesh;
     std::string importError;
-    bool positions = false, triangles = false, ended = false;
+    bool positions = false, triangles = false, points = false, colors = false, segments = false, ended = false;
+    // Each kind of section at most once, whole records only.
+    auto take = [&](bool& seen, std::size_t record, auto& into, const char* data, std::size_t size) {
+        if (seen || size % record != 0) return false;
+        into.resize(size / sizeof into[0]);
+        if (size > 0) std::memcpy(into.data(), data, size);  // an empty vector may have no data()
+        return seen = true;
+    };
     for (std::size_t at = sizeof kSignature; at < bytes.size();) {
         if (ended) return fail("data follows the end marker");
         sectionHeader_t header;
@@ -91,10 +104,18 @@ meshStreamContent_t readMeshStream(const std::vector<char>& bytes) {
             positions = true;
             break;
         case kTriangles:
-            if (triangles || size % (3 * sizeof(std::uint32_t)) != 0) return fail("bad triangle section");
-            mesh.mTriangles.resize(size / sizeof(std::uint32_t));
-            if (size > 0) std::memcpy(mesh.mTriangles.data(), data, size);
-            triangles = true;
+            if (!take(triangles, 3 * sizeof(std::uint32_t), mesh.mTriangles, data, size))
+                return fail("bad triangle section");
+            break;
+        case kPoints:
+            if (!take(points, sizeof(std::uint32_t), mesh.mPoints, data, size)) return fail("bad point section");
+            break;
+        case kPointColors:
+            if (!take(colors, 3, mesh.mPointColors, data, size)) return fail("bad point colour section");
+            break;
+        case kSegments:
+            if (!take(segments, 2 * sizeof(std::uint32_t), mesh.mSegments, data, size))
+                return fail("bad line segment section");
             break;
         case kImportError:
             importError.assign(data, size);
@@ -108,10 +129,18 @@ meshStreamContent_t readMeshStream(const std::vector<char>& bytes) {
     if (!importError.empty()) return {std::nullopt, std::move(importError), {}};
 
     const std::size_t vertices = mesh.vertexCount();
-    for (std::size_t i = 0; i < mesh.mTriangles.size(); ++i)
-        if (mesh.mTriangles[i] >= vertices)
-            return fail("triangle " + std::to_string(i / 3) + " refers to vertex " +
-                        std::to_string(mesh.mTriangles[i]) + " of " + std::to_string(vertices));
+    const struct {
+        const std::vector<std::uint32_t>& indices;
+        std::size_t per;
+        const char* name;
+    } lists[] = {{mesh.mTriangles, 3, "triangle "}, {mesh.mPoints, 1, "point "}, {mesh.mSegments, 2, "line segment "}};
+    for (const auto& list : lists)
+        for (std::size_t i = 0; i < list.indices.size(); ++i)
+            if (list.indices[i] >= vertices)
+                return fail(list.name + std::to_string(i / list.per) + " refers to vertex " +
+                            std::to_string(list.indices[i]) + " of " + std::to_string(vertices));
+    if (!mesh.mPointColors.empty() && mesh.mPointColors.size() != 3 * mesh.mPoints.size())
+        return fail("the point colours do not match the points");
     return {std::move(mesh), {}, {}};
 }
 

@@ -7,12 +7,18 @@
 
 namespace oxview {
 
-/// Triangles as positions (x, y, z per vertex) and three vertex indices per triangle.
+/// Triangles, points and line segments of a file over one array of positions (x, y, z per vertex):
+/// three vertex indices per triangle, one per point, two per segment. mPointColors is empty or
+/// holds r, g, b per point.
 struct importedMesh_t {
     std::vector<float> mPositions;
     std::vector<std::uint32_t> mTriangles;
+    std::vector<std::uint32_t> mPoints;
+    std::vector<std::uint8_t> mPointColors;
+    std::vector<std::uint32_t> mSegments;
     std::size_t vertexCount() const { return mPositions.size() / 3; }
     std::size_t triangleCount() const { return mTriangles.size() / 3; }
+    std::size_t segmentCount() const { return mSegments.size() / 2; }
 };
 
 /// Writes the mesh to `fd`; false when the descriptor does not take it all.
@@ -28,8 +34,8 @@ struct meshStreamContent_t {
 };
 
 /// Unpacks and checks a stream: its signature, every section's bounds and size, the end marker,
-/// and every index against the vertex count. Sections of unknown kinds are skipped, which leaves
-/// room for other primitives.
+/// every index against the vertex count and the colours against the point count. Sections of
+/// unknown kinds are skipped, which leaves room for other primitives.
 meshStreamContent_t readMeshStream(const std::vector<char>& bytes);
 
 } // namespace oxview

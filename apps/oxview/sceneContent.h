@@ -14,6 +14,8 @@ struct sceneContent_t {
     std::vector<ox::refPtr<oxGraphics::iDrawable>> mParts;      ///< those the window lets the user move
     ox::refPtr<oxGraphics::iDrawable> mFeaturedPart;            ///< shown with the manipulator; null for none
     std::size_t mTriangles = 0;                                 ///< of the mesh files; 0 for the sample
+    std::size_t mPoints = 0;                                    ///< of the mesh files
+    std::size_t mPolylines = 0;                                 ///< of the mesh files
 };
 
 /// The content, or the one-line reason why a file could not be used.
@@ -23,8 +25,10 @@ struct contentResult_t {
     std::vector<std::string> mWarnings;  ///< "'FILE': WHAT WAS LEFT OUT", one per file that lost parts
 };
 
-/// Loads every file as one mesh entity in a colour of its own (files beyond the palette reuse
-/// it); no files gives the sample scene. Stops at the first file that fails.
+/// Loads every file in a colour of its own (files beyond the palette reuse it): its triangles as
+/// one mesh entity, its points as one point entity (in their mean colour when the file gives them
+/// colours), each of its polylines as a polyline entity. No files gives the sample scene. Stops
+/// at the first file that fails.
 contentResult_t buildContent(const std::vector<std::string>& meshFiles);
 
 } // namespace oxview

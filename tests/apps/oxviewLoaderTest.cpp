@@ -1,17 +1,22 @@
 // The parts of oxview's loader that stand between a hostile file and the program: the child
-// process the import runs in, the stream it reports through, and the PLY header check.
+// process the import runs in, the stream it reports through, and the PLY header check; and what
+// it makes of each kind of primitive.
 #include "childProcess.h"
+#include "meshFileLoader.h"
 #include "meshStream.h"
 #include "plyHeader.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -91,7 +96,7 @@ TEST(childProcessTest, everyWayAChildCanEndIsReportedAndNothingIsLeftBehind) {
     const std::size_t descriptors = openDescriptors();
     for (const row& r : rows) {
         if (r.end == eEnd::outOfMemory && !childMemoryLimitAvailable()) continue;
-        const childOutcome_t outcome = runInChild(r.work, {std::chrono::milliseconds(300), 256 << 20, kMaxOutput});
+        const childOutcome_t outcome = runInChild(r.work, {std::chrono::milliseconds(300), 256 << 20, kMaxOutput, {}});
         EXPECT_EQ(outcome.mEnd, r.end) << r.what << ": " << outcome.mError;
         EXPECT_EQ(outcome.mCode, r.code) << r.what;
         if (r.end == eEnd::exited) {
@@ -120,7 +125,7 @@ std::vector<char> streamOf(const std::function<bool(int)>& write) {
 }
 
 TEST(meshStreamTest, aMeshOrAReasonArrivesIntactAndEveryDamagedStreamIsRefused) {
-    const importedMesh_t square{{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, 0, 2, 3}};
+    const importedMesh_t square{{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, 0, 2, 3}, {}, {}, {}};
     const std::vector<char> good = streamOf([&](int fd) { return writeMeshStream(fd, square); });
     const meshStreamContent_t read = readMeshStream(good);
     ASSERT_TRUE(read.mMesh) << read.mError;
@@ -154,6 +159,71 @@ TEST(meshStreamTest, aMeshOrAReasonArrivesIntactAndEveryDamagedStreamIsRefused) 
     const char section[20] = {9, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 'l', 'i', 'n', 'e'};
     unknownKind.insert(unknownKind.end() - 16, section, section + sizeof section);
     EXPECT_TRUE(readMeshStream(unknownKind).mMesh) << readMeshStream(unknownKind).mError;
+
+    // Points with their colours and line segments travel alike, and are checked alike.
+    importedMesh_t mixed = square;
+    mixed.mPoints = {3, 1};
+    mixed.mPointColors = {255, 0, 0, 0, 0, 255};
+    mixed.mSegments = {0, 1, 1, 2};
+    const meshStreamContent_t back = readMeshStream(streamOf([&](int fd) { return writeMeshStream(fd, mixed); }));
+    ASSERT_TRUE(back.mMesh) << back.mError;
+    EXPECT_EQ(back.mMesh->mPoints, mixed.mPoints);
+    EXPECT_EQ(back.mMesh->mPointColors, mixed.mPointColors);
+    EXPECT_EQ(back.mMesh->mSegments, mixed.mSegments);
+    const struct {
+        std::function<void(importedMesh_t&)> damage;
+        std::string error;
+    } damaged[] = {
+        {[](importedMesh_t& m) { m.mPoints = {0, 4}; }, "point 1 refers to vertex 4 of 4"},
+        {[](importedMesh_t& m) { m.mSegments = {0, 1, 2, 7}; }, "line segment 1 refers to vertex 7 of 4"},
+        {[](importedMesh_t& m) { m.mPointColors = {1, 2}; }, "bad point colour section"},
+        {[](importedMesh_t& m) { m.mPointColors = {1, 2, 3}; }, "the point colours do not match the points"},
+    };
+    for (const auto& d : damaged) {
+        importedMesh_t bad = mixed;
+        d.damage(bad);
+        EXPECT_EQ(readMeshStream(streamOf([&](int fd) { return writeMeshStream(fd, bad); })).mError, d.error);
+    }
+}
+
+TEST(meshFileLoaderTest, trianglesPointsAndLinesAreLoadedAsWhatTheyAre) {
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() / ("oxviewLoaderTest-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(dir);
+    const std::string square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
+    const std::string triangle =
+        "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n";
+    using color_t = std::optional<std::array<std::uint8_t, 3>>;
+    const struct {
+        std::string name, text;
+        std::size_t triangles, points;
+        std::vector<std::size_t> polylines;  // their point counts
+        color_t pointColor;
+    } rows[] = {
+        {"cloud.ply",
+         "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty float z\n"
+         "property uchar red\nproperty uchar green\nproperty uchar blue\nend_header\n0 0 0 255 0 0\n1 0 0 0 0 255\n",
+         0, 2, {}, std::array<std::uint8_t, 3>{128, 0, 128}},
+        {"points.obj", square + "p 1 2 3\n", 0, 3, {}, std::nullopt},
+        {"chained.obj", square + "l 1 2\nl 2 3\nl 4 3\nl 4 1\n", 0, 0, {5}, std::nullopt},
+        {"apart.obj", square + "l 1 2\nl 3 4\n", 0, 0, {2, 2}, std::nullopt},
+        {"mixed.obj", square + "f 1 2 3\np 4\nl 1 4\n", 1, 1, {2}, std::nullopt},
+        {"emptySolid.stl", "solid a\nendsolid a\nsolid b\n" + triangle + "endsolid b\n", 1, 0, {}, std::nullopt},
+        {"emptyGroup.obj", "g nothing\ng some\n" + square + "f 1 2 3\n", 1, 0, {}, std::nullopt},
+    };
+    for (const auto& r : rows) {
+        const std::string path = (dir / r.name).string();
+        std::ofstream(path) << r.text;
+        const meshLoadResult_t loaded = loadMeshFile(path);
+        ASSERT_EQ(loaded.mError, "") << r.name;
+        EXPECT_EQ(loaded.mMesh ? std::size_t(loaded.mMesh->patchCount()) : 0, r.triangles) << r.name;
+        EXPECT_EQ(loaded.mPoints.size(), r.points) << r.name;
+        std::vector<std::size_t> polylines;
+        for (const auto& polyline : loaded.mPolylines) polylines.push_back(polyline.size());
+        EXPECT_EQ(polylines, r.polylines) << r.name;
+        EXPECT_EQ(loaded.mPointColor, r.pointColor) << r.name;
+    }
+    std::filesystem::remove_all(dir);
 }
 
 TEST(plyHeaderTest, headersAreReadOrRefusedWithTheirReason) {

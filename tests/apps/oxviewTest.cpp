@@ -235,6 +235,8 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
     oxtest::writeSphereStl(in("truncated.stl"), {24, 48, false, 1000});
     oxtest::writeSphereStl(in("empty.stl"), {0, 48, false, -1});
     std::ofstream(in("model.xyz")) << "v 0 0 0\n";
+    std::ofstream(in("emptySolid.stl")) << "solid a\nendsolid a\n";
+    std::ofstream(in("farPoint.obj")) << "v 0 0 0\nv 1e20 0 0\np 2\nl 1 2\n";
     fs::create_directories(in("folder.stl"));
     // Files that crashed, aborted or hung the importer, or passed as a blank image.
     std::ofstream(in("cut.ply"), std::ios::binary)
@@ -272,6 +274,10 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
          "triangles in 115284 bytes, the file has 50084\\)"},
         {in("model.xyz"), 1, "oxview: cannot load '.*/model.xyz': unknown extension '.xyz' .*"},
         {in("empty.stl"), 1, "oxview: cannot load '.*/empty.stl': contains no triangles \\(empty mesh\\)"},
+        {in("emptySolid.stl"), 1, "oxview: cannot load '.*/emptySolid.stl': contains no triangles, points or lines"},
+        {in("farPoint.obj"), 1,
+         "oxview: cannot load '.*/farPoint.obj': no usable points or line segments \\(skipped 1 of 1 points, 1 of 1 "
+         "line segments: .*\\)"},
         {in("folder.stl"), 1, "oxview: cannot load '.*/folder.stl': is a directory, not a file"},
         {stl + " " + in("missing.obj"), 1, "oxview: cannot load '.*/missing.obj': no such file"},
         {stl + " --out nowhere/image.png", 1,
@@ -327,6 +333,51 @@ TEST_F(oxviewTest, badInputGivesOneErrorLineAnExitCodeAndNoOutputFile) {
     EXPECT_TRUE(fs::is_fifo(fifo)) << "a refused target stays what it was";
     EXPECT_TRUE(fs::is_character_file(device));
     EXPECT_TRUE(fs::is_symlink(in("toFifo.png")));
+}
+
+TEST_F(oxviewTest, pointsAndLinesShowInTheirColoursAndTheFitTakesThemIn) {
+    const std::string cloud = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+                              "property float z\nproperty uchar red\nproperty uchar green\nproperty uchar blue\n"
+                              "end_header\n";
+    const std::string redRgb = " 230 20 20\n";
+    std::ofstream(in("redCloud.ply")) << cloud << "0 0 0" + redRgb + "1 0 0" + redRgb + "0 1 0" + redRgb + "0 0 1" + redRgb;
+    std::ofstream(in("farCloud.ply")) << cloud << "9 9 9" + redRgb + "9 8 9" + redRgb + "8 9 9" + redRgb + "9 9 8" + redRgb;
+    const std::string square = "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\n";
+    std::ofstream(in("dots.obj")) << square << "p 1 2 3 4\n";
+    std::ofstream(in("frame.obj")) << square << "l 1 2 3 4 1\n";
+    std::ofstream(in("solids.stl")) << "solid empty\nendsolid empty\nsolid octahedron\n"
+                                    << octahedronFacets() << "endsolid octahedron\n";
+    // The points' own colour, and the colour of the first file.
+    const std::array<int, 3> red{230, 20, 20}, grey{190, 195, 205};
+    const struct {
+        std::string files;
+        std::array<int, 3> color;
+        int pixels;  // at least this many of that colour
+        bool centre;  // whether the centre of the image is covered
+    } rows[] = {
+        {"redCloud.ply", red, 4 * 4, false},
+        {"dots.obj", grey, 4 * 4, false},
+        {"frame.obj", grey, 4 * 100, false},  // four sides, each some 100 pixels long
+        {"solids.stl", grey, 0, true},        // the empty solid is passed over
+        {"solids.stl farCloud.ply", red, 4 * 4, false},
+        {"frame.obj solids.stl", grey, 4 * 50, true},
+    };
+    for (const auto& r : rows) {
+        std::string args;
+        for (std::istringstream files(r.files); files;) {
+            std::string file;
+            if (files >> file) args += in(file) + " ";
+        }
+        const image_t image = render(args + "--size 200x150 --samples 0", r.files);
+        ASSERT_EQ(image.width, 200) << r.files;
+        int matching = 0;
+        for (int y = 0; y < image.height; ++y)
+            for (int x = 0; x < image.width; ++x) matching += image_t::near(image.at(x, y), r.color, 12);
+        EXPECT_GE(matching, r.pixels) << r.files;
+        EXPECT_NE(image.isBackground(100, 75), r.centre) << r.files;
+        // zoomAll reaches every part: nothing of them lies on the border.
+        EXPECT_TRUE(image.isBackground(0, 0) && image.isBackground(199, 149)) << r.files;
+    }
 }
 
 TEST_F(oxviewTest, aSymbolicLinkOutputReplacesTheFileItLeadsToAndStays) {
