@@ -12,6 +12,8 @@
 #include "oxrefobj.h"
 #include "oxrefptr.h"
 
+#include <memory>
+
 namespace oxGraphics {
 
 class scene;
@@ -46,19 +48,19 @@ public:
     int width() const override { return mWidth; }
     int height() const override { return mHeight; }
     /// Whether it made a framebuffer of its own (false when it reuses the scene's or is inert).
-    bool ownsTargets() const { return mFramebuffer != 0; }
+    bool ownsTargets() const;
 
 private:
     glFrameBuffer(const ox::refPtr<glScene>& scene, int width, int height);
     ~glFrameBuffer() override;
     bool makeCurrent() const;
+    unsigned int ownFramebuffer() const;   // 0 without one
 
     ox::refPtr<glScene> mScene;
     int mWidth;
     int mHeight;
-    unsigned int mFramebuffer = 0;
-    unsigned int mDepthStencil = 0;
-    unsigned int mColorTexture = 0;
+    struct ownedTargets;   // the GL names of its own framebuffer, when it made one
+    std::unique_ptr<ownedTargets> mOwned;
 };
 
 } // namespace openGL

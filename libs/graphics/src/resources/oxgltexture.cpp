@@ -1,32 +1,18 @@
 #include "oxgltexture.h"
 
+#include "glstate/glscopedstate.h"
 #include "oxassert.h"
 #include "oxglcontext.h"
 
 #include <GL/glew.h>
 
+#include <optional>
+
 namespace oxGraphics::openGL {
 
 namespace {
 
-GLint readInteger(GLenum name) {
-    GLint value = 0;
-    glGetIntegerv(name, &value);
-    return value;
-}
-
-// The query that reads a target's binding; 0 for targets outside the kind table.
-GLenum bindingQuery(GLenum target) {
-    switch (target) {
-    case GL_TEXTURE_1D: return GL_TEXTURE_BINDING_1D;
-    case GL_TEXTURE_2D: return GL_TEXTURE_BINDING_2D;
-    case GL_TEXTURE_2D_MULTISAMPLE: return GL_TEXTURE_BINDING_2D_MULTISAMPLE;
-    case GL_TEXTURE_RECTANGLE: return GL_TEXTURE_BINDING_RECTANGLE;
-    case GL_TEXTURE_3D: return GL_TEXTURE_BINDING_3D;
-    case GL_TEXTURE_CUBE_MAP: return GL_TEXTURE_BINDING_CUBE_MAP;
-    default: return 0;
-    }
-}
+using glstate::readInteger;
 
 bool isIntegerFormat(eTextureFormat format) {
     return format == eTextureFormat::r32i || format == eTextureFormat::r32ui;
@@ -80,17 +66,12 @@ glTexture::glTexture(const texDesc_t& desc) : mTexDesc(desc), mContext(currentNa
     if (mContext == nullptr) return;   // no context: nothing can be created
 
     const GLenum target = mTarget = glTarget(mTexDesc.kind);
-    const GLenum query = bindingQuery(target);
-    const GLint previousUnit = readInteger(GL_ACTIVE_TEXTURE);
-    glActiveTexture(GL_TEXTURE0);
-    const GLint previousTexture = query != 0 ? readInteger(query) : 0;
-
+    const glTextureBindingScope binding(GL_TEXTURE0, target);
+    // A null pointer means "no data" only while no unpack buffer is bound; a host's would be read.
+    const glBufferBindingScope noUnpackBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
     glGenTextures(1, &mName);
     glBindTexture(target, mName);
     allocate();
-
-    if (query != 0) glBindTexture(target, static_cast<GLuint>(previousTexture));
-    glActiveTexture(static_cast<GLenum>(previousUnit));
 }
 
 // Runs with the new texture bound to its target on unit 0.
@@ -157,7 +138,7 @@ bool glTexture::ownerIsCurrent() const { return mContext != nullptr && currentNa
 
 void glTexture::bind() {
     if (mBound || mName == 0 || !ownerIsCurrent()) return;
-    const GLenum query = bindingQuery(mTarget);
+    const GLenum query = glstate::textureBindingQuery(mTarget);
     if (query == 0) return;
     mBoundUnit = static_cast<std::uint32_t>(readInteger(GL_ACTIVE_TEXTURE));
     mPreviousTexture = static_cast<std::uint32_t>(readInteger(query));
@@ -197,14 +178,12 @@ ox::refPtr<iRenderbuffer> glRenderbuffer::createRenderbuffer(const rbDesc_t& des
 glRenderbuffer::glRenderbuffer(const rbDesc_t& desc) : mRbDesc(desc), mContext(currentNativeContext()) {
     if (mContext == nullptr) return;
     glGenRenderbuffers(1, &mName);
-    const GLint previous = readInteger(GL_RENDERBUFFER_BINDING);
-    glBindRenderbuffer(GL_RENDERBUFFER, mName);
+    const glRenderbufferBindingScope binding(mName);
     const GLenum format = glInternalFormat(mRbDesc.format);
     if (mRbDesc.numSamples != 1)
         glRenderbufferStorageMultisample(GL_RENDERBUFFER, mRbDesc.numSamples, format, mRbDesc.width, mRbDesc.height);
     else
         glRenderbufferStorage(GL_RENDERBUFFER, format, mRbDesc.width, mRbDesc.height);
-    glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(previous));
 }
 
 glRenderbuffer::~glRenderbuffer() {
@@ -235,24 +214,12 @@ void glRenderbuffer::unbind() {
 // puts the draw and read bindings back afterwards.
 class glFbo::scopedBinding {
 public:
-    explicit scopedBinding(const glFbo& fbo) : mActive(!fbo.mBound) {
-        if (!mActive) return;
-        mDraw = static_cast<GLuint>(readInteger(GL_DRAW_FRAMEBUFFER_BINDING));
-        mRead = static_cast<GLuint>(readInteger(GL_READ_FRAMEBUFFER_BINDING));
-        glBindFramebuffer(GL_FRAMEBUFFER, fbo.mName);
+    explicit scopedBinding(const glFbo& fbo) {
+        if (!fbo.mBound) mScope.emplace(GL_FRAMEBUFFER, fbo.mName);
     }
-    ~scopedBinding() {
-        if (!mActive) return;
-        glBindFramebuffer(GL_DRAW_FRAMEBUFFER, mDraw);
-        glBindFramebuffer(GL_READ_FRAMEBUFFER, mRead);
-    }
-    scopedBinding(const scopedBinding&) = delete;
-    scopedBinding& operator=(const scopedBinding&) = delete;
 
 private:
-    bool mActive;
-    GLuint mDraw = 0;
-    GLuint mRead = 0;
+    std::optional<glFramebufferBindingScope> mScope;
 };
 
 ox::refPtr<iFbo> glFbo::createFbo(bool noColorBuffer) {

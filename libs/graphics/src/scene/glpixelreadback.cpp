@@ -1,6 +1,6 @@
 #include "glpixelreadback.h"
 
-#include "glpixelstore.h"
+#include "glstate/glscopedstate.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -19,11 +19,8 @@ char* readBgraPixels(GLuint framebuffer, int width, int height, int sourceWidth,
 
     const glPixelStore tightRows(glPixelStore::eDirection::pack);
     glPixelStorei(GL_PACK_ROW_LENGTH, width); // rows of the image's width, whatever is read of them
-    GLint savedReadFramebuffer = 0;
-    glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &savedReadFramebuffer);
-    glBindFramebufferEXT(GL_READ_FRAMEBUFFER, framebuffer);
+    const glFramebufferBindingScope source(GL_READ_FRAMEBUFFER, framebuffer);
     glReadPixels(0, 0, readWidth, readHeight, GL_BGRA, GL_UNSIGNED_BYTE, buffer);
-    glBindFramebufferEXT(GL_READ_FRAMEBUFFER, static_cast<GLuint>(savedReadFramebuffer));
     return buffer;
 }
 

@@ -1,6 +1,8 @@
 #include "oxglframebuffer.h"
 
 #include "glpixelreadback.h"
+#include "glstate/globjectname.h"
+#include "glstate/glscopedstate.h"
 #include "oxglscene.h"
 #include "oxscene.h"
 
@@ -8,6 +10,19 @@
 
 
 namespace oxGraphics::openGL {
+
+// Members die in reverse order: the attachments first, then the framebuffer that holds them.
+struct glFrameBuffer::ownedTargets {
+    glFramebufferName framebuffer = glFramebufferName::generate();
+    glRenderbufferName depthStencil = glRenderbufferName::generate();
+    glTextureName colorTexture = glTextureName::generate();
+
+    void abandon() {
+        colorTexture.abandon();
+        depthStencil.abandon();
+        framebuffer.abandon();
+    }
+};
 
 ox::refPtr<glFrameBuffer> glFrameBuffer::create(const ox::refPtr<glScene>& scene, int width, int height) {
     return ox::refPtr<glFrameBuffer>(new glFrameBuffer(scene, width, height));
@@ -24,36 +39,33 @@ glFrameBuffer::glFrameBuffer(const ox::refPtr<glScene>& scene, int width, int he
     if (!makeCurrent() || width <= 0 || height <= 0) return;
     if (mScene->offscreenTargets().multisampledFramebuffer != 0) return; // the scene's targets serve
 
-    GLint previousFramebuffer = 0, previousRenderbuffer = 0, previousTexture = 0;
-    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previousFramebuffer);
-    glGetIntegerv(GL_RENDERBUFFER_BINDING, &previousRenderbuffer);
-    glGetIntegerv(GL_TEXTURE_BINDING_2D, &previousTexture);
+    // Creation leaves the caller's bindings as they were.
+    const glFramebufferBindingScope framebuffers;
+    const glRenderbufferBindingScope renderbuffers;
+    const glTextureBindingScope textures(GL_TEXTURE0, GL_TEXTURE_2D);
+    const glBufferBindingScope noUnpackBuffer(GL_PIXEL_UNPACK_BUFFER, 0);   // else null would address it
 
-    glGenFramebuffers(1, &mFramebuffer);
-    glBindFramebuffer(GL_FRAMEBUFFER, mFramebuffer);
-    glGenRenderbuffers(1, &mDepthStencil);
-    glBindRenderbuffer(GL_RENDERBUFFER, mDepthStencil);
+    mOwned = std::make_unique<ownedTargets>();
+    glBindFramebuffer(GL_FRAMEBUFFER, mOwned->framebuffer.get());
+    glBindRenderbuffer(GL_RENDERBUFFER, mOwned->depthStencil.get());
     glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, mDepthStencil);
-    glGenTextures(1, &mColorTexture);
-    glBindTexture(GL_TEXTURE_2D, mColorTexture);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, mOwned->depthStencil.get());
+    glBindTexture(GL_TEXTURE_2D, mOwned->colorTexture.get());
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, mColorTexture, 0);
-
-    // Creation leaves the caller's bindings as they were.
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(previousTexture));
-    glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(previousRenderbuffer));
-    glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previousFramebuffer));
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, mOwned->colorTexture.get(), 0);
 }
 
 glFrameBuffer::~glFrameBuffer() {
-    if (!makeCurrent()) return;
-    if (mColorTexture != 0) glDeleteTextures(1, &mColorTexture);
-    if (mDepthStencil != 0) glDeleteRenderbuffers(1, &mDepthStencil);
-    if (mFramebuffer != 0) glDeleteFramebuffers(1, &mFramebuffer);
+    // The owners delete in whichever context is current: ours, or, when ours is gone and took its
+    // names along, none at all.
+    if (mOwned && !makeCurrent()) mOwned->abandon();
 }
+
+bool glFrameBuffer::ownsTargets() const { return mOwned != nullptr; }
+
+GLuint glFrameBuffer::ownFramebuffer() const { return mOwned ? mOwned->framebuffer.get() : 0; }
 
 bool glFrameBuffer::makeCurrent() const {
     return mScene && mScene->glContext() && mScene->glContext()->makeCurrent();
@@ -62,7 +74,7 @@ bool glFrameBuffer::makeCurrent() const {
 void glFrameBuffer::renderBefore() const {
     if (!makeCurrent()) return;
     const offscreenTargets_t targets = mScene->offscreenTargets();
-    glBindFramebuffer(GL_FRAMEBUFFER, targets.multisampledFramebuffer != 0 ? targets.multisampledFramebuffer : mFramebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, targets.multisampledFramebuffer != 0 ? targets.multisampledFramebuffer : ownFramebuffer());
     glPushAttrib(GL_VIEWPORT_BIT);
     glViewport(0, 0, mWidth, mHeight);
 }
@@ -85,7 +97,7 @@ char* glFrameBuffer::writeToBuffer() const {
     const offscreenTargets_t targets = mScene->offscreenTargets();
     if (targets.resolveFramebuffer != 0)
         return readBgraPixels(targets.resolveFramebuffer, mWidth, mHeight, targets.width, targets.height);
-    return readBgraPixels(mFramebuffer, mWidth, mHeight, mWidth, mHeight);
+    return readBgraPixels(ownFramebuffer(), mWidth, mHeight, mWidth, mHeight);
 }
 
 } // namespace oxGraphics::openGL
