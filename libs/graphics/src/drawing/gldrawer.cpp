@@ -204,6 +204,7 @@ void glDrawer::drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<
     const float back[4] = {backColor.red() * kByteToFloat, backColor.green() * kByteToFloat,
                            backColor.blue() * kByteToFloat, 1.0f};
     glMaterialfv(GL_BACK, GL_AMBIENT_AND_DIFFUSE, back);
+    glSecondaryColor3fv(back);   // the back colour as the shading program sees it (glcolorstate.h)
     glMateriali(GL_FRONT_AND_BACK, GL_SHININESS, kShininess);
 
     bool colorSet = false;

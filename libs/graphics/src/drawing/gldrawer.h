@@ -60,7 +60,7 @@ public:
     /// Polygon mode `mode` (left so afterwards), culling off, flat-shaded triangles of every patch.
     void drawMesh(const oxGeo::mesh3d& mesh, int mode) override;
     /// As drawMesh, but with colour and front material per patch (a table entry or `defaultColor`),
-    /// back material `backColor`, opaque. The last patch's colour stays current.
+    /// back material and secondary colour `backColor`, opaque. The last patch's colour stays current.
     void drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<ox::rgbColor>& patchColors,
                              const ox::rgbColor& defaultColor, const ox::rgbColor& backColor, int mode) override;
     void drawPatch(const oxGeo::indexedTrianglePatch3d& patch, int mode) override;
