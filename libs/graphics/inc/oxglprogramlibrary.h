@@ -14,10 +14,11 @@
 //
 // Each program is built once per library and kept (a program that cannot be built is
 // remembered as such and not tried again). Programs are GL objects of the context current at
-// their first lookup, usable in every context that shares objects with it: the process-wide
-// library therefore serves one context share group. Hosts that render with several unshared
-// contexts keep one glProgramLibrary per context. With shaders off globally every lookup
-// answers null and nothing is built, so the renderer draws fixed-function.
+// their first lookup, usable in every context that shares objects with it, so there is one
+// library per context share group: forCurrentContext() finds the group of the current context
+// (contexts made with a share context join their group; unshared contexts, headless or a
+// host's, each get their own). With shaders off globally every lookup answers null and nothing
+// is built, so the renderer draws fixed-function.
 #include "oxfilesystem.h"
 #include "oxgraphics_export.h"
 #include "oxshader.h"
@@ -40,9 +41,10 @@ public:
     glProgramLibrary(const glProgramLibrary&) = delete;
     glProgramLibrary& operator=(const glProgramLibrary&) = delete;
 
-    /// The process-wide library on defaultShaderDirectory(). It lives until the process ends
-    /// and never deletes its programs (their context may be gone by then).
-    static glProgramLibrary& instance();
+    /// The library of the share group of the context current on the calling thread, reading
+    /// defaultShaderDirectory(); null when no context is current. Libraries live until the
+    /// process ends and never delete their programs (their context may be gone by then).
+    static glProgramLibrary* forCurrentContext();
     /// <directory of libOxGraphics>/../config/shaders; empty when the module cannot be found.
     static ox::directory defaultShaderDirectory();
 
@@ -69,7 +71,7 @@ private:
     std::map<std::string, std::shared_ptr<shaderProgram>> mPrograms;
 };
 
-/// glProgramLibrary::instance().program(name).
+/// The program of that name for the current context's share group (null without a context).
 OX_GRAPHICS_API std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name);
 
 } // namespace oxGraphics::openGL

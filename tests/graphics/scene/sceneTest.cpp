@@ -202,6 +202,10 @@ TEST_F(sceneTest, multisampledTargetsAndTheirRebuildRules) {
     EXPECT_TRUE(glIsFramebuffer(targets.multisampledFramebuffer));
     EXPECT_EQ(renderer->transparencyTargets().accumDesc().numSamples, 4);
     EXPECT_EQ(renderer->transparencyTargets().accumDesc().kind, oxGraphics::eTextureKind::texture2dMultisample);
+    // Described, but made only for the first transparent drawable.
+    EXPECT_FALSE(renderer->transparencyTargets().resolveFramebuffer());
+    view->add(ox::refPtr<oxGraphics::iDrawable>(new oxtest::testSquare({0, 0, 0}, 2, {255, 0, 0}, 0.5f)));
+    oxtest::paint(*view);
     EXPECT_TRUE(renderer->transparencyTargets().resolveFramebuffer());
 
     // Same size and count: the scene's own targets are rebuilt, the transparency targets are not.

@@ -1,6 +1,7 @@
 #include "oxglprogramlibrary.h"
 
 #include "oxbuiltinshaders.h"
+#include "glsharegroups.h"
 #include "oxglshader.h"
 #include "oxlog.h"
 
@@ -20,12 +21,22 @@ struct programRecipe {
 // Every program of the library with the source files of its stages, in link order.
 const std::vector<programRecipe>& recipes() {
     static const std::vector<programRecipe> table = {
-        {"texturedScreenQuadShaderProgram",
-         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"},
-          {ePipelineStage::fragment, "texturedScreenQuad.frag.glsl"}}},
         {"standardLightingShaderProgram",
          {{ePipelineStage::vertex, "standardLighting.vert.glsl"},
           {ePipelineStage::fragment, "standardLighting.frag.glsl"}}},
+        {"objectOutlineShaderProgram",
+         {{ePipelineStage::vertex, "objectOutline.vert.glsl"}, {ePipelineStage::fragment, "objectOutline.frag.glsl"}}},
+        {"blendedOit2dShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"},
+          {ePipelineStage::fragment, "blendedOit2d.frag.glsl"}}},
+        {"texturedScreenQuadShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"},
+          {ePipelineStage::fragment, "texturedScreenQuad.frag.glsl"}}},
+        {"blendedOitDebugVisShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"},
+          {ePipelineStage::fragment, "blendedOitDebugVis.frag.glsl"}}},
+        {"backgroundShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "background.frag.glsl"}}},
     };
     return table;
 }
@@ -35,10 +46,10 @@ glProgramLibrary::glProgramLibrary(const ox::directory& shaderDirectory) : mShad
 
 glProgramLibrary::~glProgramLibrary() = default;
 
-glProgramLibrary& glProgramLibrary::instance() {
-    // Never destroyed: at process exit the programs' context may already be gone.
-    static auto* library = new glProgramLibrary(defaultShaderDirectory());
-    return *library;
+glProgramLibrary* glProgramLibrary::forCurrentContext() {
+    // Never destroyed: at process exit the programs' contexts may already be gone.
+    static auto* groups = new glShareGroups();
+    return groups->libraryOfCurrentContext([] { return std::make_unique<glProgramLibrary>(defaultShaderDirectory()); });
 }
 
 ox::directory glProgramLibrary::defaultShaderDirectory() {
@@ -131,6 +142,9 @@ std::shared_ptr<shaderProgram> glProgramLibrary::build(const std::string& name, 
     return {};
 }
 
-std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name) { return glProgramLibrary::instance().program(name); }
+std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name) {
+    glProgramLibrary* library = glProgramLibrary::forCurrentContext();
+    return library != nullptr ? library->program(name) : nullptr;
+}
 
 } // namespace oxGraphics::openGL

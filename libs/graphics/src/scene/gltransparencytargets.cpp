@@ -1,5 +1,7 @@
 #include "gltransparencytargets.h"
 
+#include "glstate/glscopedstate.h"
+
 #include <GL/glew.h>
 
 #include <algorithm>
@@ -15,16 +17,28 @@ void label(GLenum identifier, std::uint32_t name, const char* text) {
     if (name != 0 && GLEW_KHR_debug) glObjectLabel(identifier, name, -1, text);
 }
 
+// A framebuffer of the pass is drawn into through both colour attachments at once: the fragment
+// stage writes the accumulation to the first and the weight to the second.
+ox::refPtr<iFbo> drawingIntoBoth(ox::refPtr<iFbo> framebuffer) {
+    if (!framebuffer) return framebuffer;
+    const glFramebufferBindingScope bound(GL_DRAW_FRAMEBUFFER, framebuffer->handle());
+    const GLenum buffers[2] = {GL_COLOR_ATTACHMENT0, GL_COLOR_ATTACHMENT1};
+    glDrawBuffers(2, buffers);
+    return framebuffer;
+}
+
 } // namespace
 
 glTransparencyTargets::glTransparencyTargets(textureManager& manager) : mManager(manager) {}
 
-ox::refPtr<iTexture> glTransparencyTargets::create(texDesc_t& desc, int width, int height, int samples,
-                                                   const char* text) {
+void glTransparencyTargets::describe(texDesc_t& desc, int width, int height, int samples) const {
     desc.width = side(width);
     desc.height = side(height);
     desc.numSamples = sampleCount(samples);
     desc.kind = samples == 1 ? eTextureKind::texture2d : eTextureKind::texture2dMultisample;
+}
+
+ox::refPtr<iTexture> glTransparencyTargets::create(const texDesc_t& desc, const char* text) {
     auto texture = mManager.createTexture(desc);
     if (texture) label(GL_TEXTURE, texture->handle(), text);
     return texture;
@@ -32,40 +46,53 @@ ox::refPtr<iTexture> glTransparencyTargets::create(texDesc_t& desc, int width, i
 
 bool glTransparencyTargets::bringTo(int width, int height, int samples) {
     samples = std::max(samples, 1);
-    if (mAccum && mAccumDesc.width == side(width) && mAccumDesc.height == side(height) &&
+    if (mAccumDesc.width != 0 && mAccumDesc.width == side(width) && mAccumDesc.height == side(height) &&
         mAccumDesc.numSamples == sampleCount(samples))
         return false;
-    ++mRebuilds;
+    describe(mAccumDesc, width, height, samples);
+    describe(mRevealageDesc, width, height, samples);
+    describe(mAccumResolveDesc, width, height, 1);
+    describe(mRevealageResolveDesc, width, height, 1);
+    mDepthDesc.width = side(width);
+    mDepthDesc.height = side(height);
+    mDepthDesc.numSamples = sampleCount(samples);
+    if (isAllocated()) build();
+    return true;
+}
 
+bool glTransparencyTargets::allocate() {
+    if (!isAllocated() && mAccumDesc.width != 0 && mAccumDesc.height != 0) build();
+    return isAllocated() && (mAccumDesc.numSamples < 2 || mResolveFramebuffer);
+}
+
+void glTransparencyTargets::build() {
+    ++mRebuilds;
+    const glPixelStore noUpload(glPixelStore::eDirection::unpack); // a host's pixel buffer is not our data
     // Framebuffers first: they keep their attachments alive.
     mFramebuffer.reset();
     mResolveFramebuffer.reset();
     mAccum.reset();
-    mAccum = create(mAccumDesc, width, height, samples, kAccumTexture);
     mRevealage.reset();
-    mRevealage = create(mRevealageDesc, width, height, samples, kRevealageTexture);
-
-    mDepthDesc.width = side(width);
-    mDepthDesc.height = side(height);
-    mDepthDesc.numSamples = sampleCount(samples);
     mDepth.reset();
-    mDepth = mManager.createRenderbuffer(mDepthDesc);
-    if (mDepth) label(GL_RENDERBUFFER, mDepth->handle(), kDepthRenderbuffer);
-    if (mAccum && mRevealage)
-        mFramebuffer = mManager.createFramebuffer({{mAccum, 0}, {mRevealage, 1}}, mDepth);
-    if (mFramebuffer) label(GL_FRAMEBUFFER, mFramebuffer->handle(), kFramebuffer);
-
     mAccumResolve.reset();
     mRevealageResolve.reset();
-    if (samples >= 2) {
+
+    mAccum = create(mAccumDesc, kAccumTexture);
+    mRevealage = create(mRevealageDesc, kRevealageTexture);
+    mDepth = mManager.createRenderbuffer(mDepthDesc);
+    if (mDepth) label(GL_RENDERBUFFER, mDepth->handle(), kDepthRenderbuffer);
+    if (mAccum && mRevealage && mDepth)
+        mFramebuffer = drawingIntoBoth(mManager.createFramebuffer({{mAccum, 0}, {mRevealage, 1}}, mDepth));
+    if (mFramebuffer) label(GL_FRAMEBUFFER, mFramebuffer->handle(), kFramebuffer);
+
+    if (mAccumDesc.numSamples >= 2) {
         // The resolve targets are single-sampled: the multisampled accumulation is blitted into them.
-        mAccumResolve = create(mAccumResolveDesc, width, height, 1, kAccumResolveTexture);
-        mRevealageResolve = create(mRevealageResolveDesc, width, height, 1, kRevealageResolveTexture);
+        mAccumResolve = create(mAccumResolveDesc, kAccumResolveTexture);
+        mRevealageResolve = create(mRevealageResolveDesc, kRevealageResolveTexture);
         if (mAccumResolve && mRevealageResolve)
-            mResolveFramebuffer = mManager.createFramebuffer({{mAccumResolve, 0}, {mRevealageResolve, 1}}, {});
+            mResolveFramebuffer = drawingIntoBoth(mManager.createFramebuffer({{mAccumResolve, 0}, {mRevealageResolve, 1}}, {}));
         if (mResolveFramebuffer) label(GL_FRAMEBUFFER, mResolveFramebuffer->handle(), kResolveFramebuffer);
     }
-    return true;
 }
 
 void glTransparencyTargets::release() {
@@ -77,6 +104,7 @@ void glTransparencyTargets::release() {
     mRevealageResolve.reset();
     mDepth.reset();
     mAccumDesc.width = mAccumDesc.height = 0;
+    mAccumDesc.numSamples = 1;
 }
 
 } // namespace oxGraphics::openGL

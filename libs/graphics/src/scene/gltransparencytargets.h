@@ -1,7 +1,9 @@
 #pragma once
-// The offscreen targets of the blended transparency pass, kept at the viewport size and at the
-// scene's sample count. Each target carries its name as a GL object label, so it can be told
-// apart in a GL debugger.
+// The offscreen targets of the blended transparency pass, described at the viewport size and at
+// the scene's sample count. Their storage is made only when a transparent drawable is first
+// drawn: a scene without transparency never pays for it (at 4 samples the two float targets and
+// their depth cost 14 bytes per sample). Each target carries its name as a GL object label, so
+// it can be told apart in a GL debugger.
 #include "oxgraphics_export.h"
 #include "oxtexture.h"
 #include "oxtexturemanager.h"
@@ -20,12 +22,18 @@ public:
 
     explicit glTransparencyTargets(textureManager& manager);
 
-    /// Brings every target to width × height with `samples` samples (1 = single-sampled
-    /// textures). When the accumulation texture already has that size and count nothing is
-    /// rebuilt and false is returned. Resolve textures exist only for 2 samples or more. Needs
-    /// the owning context current.
+    /// Describes every target at width × height with `samples` samples (1 = single-sampled
+    /// textures). When the description is already that, nothing changes and false is returned.
+    /// Targets that exist are rebuilt at once (they are in use); otherwise storage waits for
+    /// allocate(). Resolve textures exist only for 2 samples or more. Needs the owning context
+    /// current.
     bool bringTo(int width, int height, int samples);
-    /// Drops every target (with the owning context current, their GL names are deleted).
+    /// Makes the described storage when it does not exist yet; true when the targets are
+    /// complete and ready to draw into.
+    bool allocate();
+    bool isAllocated() const { return static_cast<bool>(mFramebuffer); }
+    /// Drops every target and the description (with the owning context current, their GL names
+    /// are deleted).
     void release();
 
     const texDesc_t& accumDesc() const { return mAccumDesc; }
@@ -36,11 +44,13 @@ public:
     const ox::refPtr<iRenderbuffer>& depthRenderbuffer() const { return mDepth; }
     const ox::refPtr<iFbo>& framebuffer() const { return mFramebuffer; }
     const ox::refPtr<iFbo>& resolveFramebuffer() const { return mResolveFramebuffer; }
-    /// How often bringTo rebuilt the targets (for tests and diagnostics).
+    /// How often storage was built (for tests and diagnostics).
     int rebuildCount() const { return mRebuilds; }
 
 private:
-    ox::refPtr<iTexture> create(texDesc_t& desc, int width, int height, int samples, const char* label);
+    void describe(texDesc_t& desc, int width, int height, int samples) const;
+    ox::refPtr<iTexture> create(const texDesc_t& desc, const char* label);
+    void build();
 
     textureManager& mManager;
     texDesc_t mAccumDesc{eTextureFormat::rgba16f, eTextureKind::texture2d};

@@ -11,7 +11,10 @@
 
 #include "drawing/gldrawerhost.h"
 #include "glcamera.h"
-#include "gltransparencytargets.h"
+#include "glbackgroundpainter.h"
+#include "gloffscreentargets.h"
+#include "glscreenpass.h"
+#include "gltransparencypass.h"
 #include "glviewprojection.h"
 
 #include "oxgltexturemanager.h"
@@ -31,6 +34,36 @@ public:
     /// A renderer for `context`; `presentToWindow` makes renderAfter swap buffers and lets a
     /// scene without multisampling draw straight into the window.
     static ox::refPtr<glScene> create(const ox::refPtr<iGlContext>& context, bool presentToWindow);
+
+    /// The GL state a frame (setupForPainting, renderBefore, draw, renderAfter), a pick and a
+    /// read-back leave set as the scene needs it, rather than as the host had it. Everything
+    /// else (texture units and bindings, buffers, vertex arrays, pixel store, renderbuffer,
+    /// scissor, colour and stencil functions, ...) is put back. Lights and materials, which the
+    /// frame sets, are left too.
+    static constexpr const char* kHostStateLeftovers[] = {
+        "GL_VIEWPORT",                 // the scene's viewport
+        "GL_MATRIX_MODE",              // GL_MODELVIEW
+        "GL_MODELVIEW_MATRIX",         // the camera's
+        "GL_PROJECTION_MATRIX",        // the camera's
+        "GL_LIGHTING", "GL_LIGHT0", "GL_NORMALIZE",  // on, with the light model two-sided
+        "GL_CURRENT_COLOR",            // the last colour drawn with
+        "GL_SHADE_MODEL",              // GL_SMOOTH
+        "GL_DEPTH_TEST",               // on
+        "GL_DEPTH_FUNC",               // GL_LEQUAL
+        "GL_DEPTH_WRITEMASK",          // on
+        "GL_COLOR_WRITEMASK",          // all channels
+        "GL_COLOR_CLEAR_VALUE",        // the last clear of the frame
+        "GL_BLEND",                    // off
+        "GL_BLEND_EQUATION_RGB",       // GL_FUNC_ADD
+        "GL_BLEND_SRC_RGB", "GL_BLEND_DST_RGB", "GL_BLEND_SRC_ALPHA", "GL_BLEND_DST_ALPHA",  // the last pass's
+        "GL_STENCIL_TEST",             // off
+        "GL_STENCIL_WRITEMASK",        // 0
+        "GL_CURRENT_PROGRAM",          // none
+        "GL_CULL_FACE",                // off: the drawers draw both faces
+        "GL_POLYGON_MODE",             // GL_FILL
+        "GL_LINE_WIDTH", "GL_POINT_SIZE",  // the last the drawables asked for
+        "GL_DRAW_FRAMEBUFFER_BINDING", "GL_READ_FRAMEBUFFER_BINDING",  // 0 after a multisampled frame
+    };
 
     // iScene
     void initGfxApiState() override;
@@ -110,7 +143,7 @@ public:
     void setModifiedDrawable(const ox::refPtr<iDrawable>& drawable) override;
     offscreenTargets_t offscreenTargets() const override;
     bool checkFBO() override;
-    int actualMultisamples() const override { return mActualSamples; }
+    int actualMultisamples() const override { return mTargets.actualSamples(); }
     std::vector<ox::refPtr<iDrawable>> drawables() const override { return mDrawables; }
     ox::rgbColor color(unsigned int colorId) const override;
     bool targetsComplete() const override;
@@ -124,35 +157,20 @@ public:
     /// Releases the offscreen targets (the first step of both refreshes).
     void releaseFBOWithMultiSampling();
     void setName(const ox::string& name) { mName = name; }
-    const glTransparencyTargets& transparencyTargets() const { return mTransparency; }
+    const glTransparencyTargets& transparencyTargets() const { return mTransparencyPass.targets(); }
+    glTransparencyPass& transparencyPass() { return mTransparencyPass; }
     const ox::refPtr<glCamera>& cameraImpl() const { return mCamera; }
     const glViewProjection& projection() const { return mProjection; }
-    unsigned int screenQuadList() const { return mScreenQuadList; }
+    unsigned int screenQuadList() const { return mScreen.lastList(); }
 
 private:
     glScene(const ox::refPtr<iGlContext>& context, bool presentToWindow);
     ~glScene() override;
 
-    struct backgroundImage_t {
-        bool used = false;
-        std::vector<unsigned char> pixels;  // tightly packed rows, top row first
-        int width = 0, height = 0, channels = 0;
-        unsigned int texture = 0;           // uploaded on first draw
-        bool dirty = false;
-    };
-
     bool makeCurrent() const { return mContext && mContext->makeCurrent(); }
-    /// Deletes the scene's own offscreen objects, in release order (context current).
-    void deleteOffscreenTargets();
     bool contextAlive() const { return mContext && mContext->isValid(); }
     void setupLights();
-    void drawBackground();
-    void drawBackgroundImage(backgroundImage_t& image);
-    void drawRubberRectangles() const;
     void bringTransparencyTargets(int samples);
-    void assignBackgroundImage(backgroundImage_t& image, bool use, const unsigned char* pixels, int width,
-                               int height, int format);
-    void deleteBackgroundTexture(backgroundImage_t& image);
     oxGeo::matrix3d modelView() const { return mCamera->modelViewMatrix(); }
     /// The window point at the centre of the usable view area.
     oxGeo::point2d usableViewCentre() const;
@@ -167,19 +185,9 @@ private:
 
     ox::refPtr<iGlContext> mContext;
     int mRequestedSamples = 4;
-    int mActualSamples = 0;
-    unsigned int mMultisampledFbo = 0;
-    unsigned int mResolveFbo = 0;
-    unsigned int mColorRenderbuffer = 0;
-    unsigned int mDepthStencilRenderbuffer = 0;
-    unsigned int mResolveTexture = 0;
-    unsigned int mScreenQuadList = 0;
-    unsigned int mScreenQuadNames = 0;  // two consecutive list names the quads alternate between
     const bool mPresentToWindow;
     int mViewportWidth = 0;
     int mViewportHeight = 0;
-    int mTargetWidth = 0;   // size the offscreen targets were made at
-    int mTargetHeight = 0;
     bool mTargetsComplete = false;  // the last initialisation built complete targets
     std::array<int, 4> mOffsetFocus{};  // begin width, begin height, end width, end height
 
@@ -191,17 +199,14 @@ private:
     ox::refPtr<glCamera> mCamera;
     glViewProjection mProjection;
     std::array<ox::rgbColor, 6> mColors;
-    bool mTransparentBackground = false;
-    backgroundImage_t mBackgroundImage;
-    backgroundImage_t mTempBackgroundImage;
-    double mBackgroundImageTransparency = 0.0;
-    int mBackgroundImageSizing = 0;
-    int mBackgroundImageAlignment = 0;
-    std::vector<std::array<unsigned int, 4>> mRubberRects;
+    glBackgroundPainter mBackground;
+    std::vector<glScreenPass::rectangle_t> mRubberRects;
     std::vector<std::string> mPreferredPickTypes;
     ox::string mName;
     glTextureManager mTextureManager;
-    glTransparencyTargets mTransparency{mTextureManager};
+    glOffscreenTargets mTargets;
+    glTransparencyPass mTransparencyPass{mTextureManager};
+    glScreenPass mScreen;
 };
 
 } // namespace oxGraphics::openGL

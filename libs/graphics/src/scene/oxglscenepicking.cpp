@@ -2,6 +2,7 @@
 #include "oxglscene.h"
 
 #include "drawing/glselectdrawer.h"
+#include "glstate/glscopedstate.h"
 
 #include <GL/glew.h>
 #include <GL/glu.h>
@@ -72,9 +73,10 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     mCamera->applyModelView();
 
     constexpr unsigned int kIntMax = static_cast<unsigned int>(std::numeric_limits<GLint>::max());
-    glScissor(static_cast<GLint>(std::min(x1, kIntMax)), static_cast<GLint>(std::min(y1, kIntMax)),
-              static_cast<GLsizei>(std::min(w, kIntMax)), static_cast<GLsizei>(std::min(h, kIntMax)));
-    glEnable(GL_SCISSOR_TEST);
+    // Only the square is drawn; the host's scissor comes back afterwards.
+    const glScissorBoxScope pickSquare(static_cast<GLint>(std::min(x1, kIntMax)), static_cast<GLint>(std::min(y1, kIntMax)),
+                                       static_cast<GLsizei>(std::min(w, kIntMax)), static_cast<GLsizei>(std::min(h, kIntMax)));
+    const glCapabilityScope scissorTest(GL_SCISSOR_TEST, true);
 
     // Each drawable is named by its position; its own names (grips, parts) follow on the stack.
     std::map<GLuint, ox::refPtr<iDrawable>> nameMap;
@@ -98,7 +100,6 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
         drawer.setCurrentDrawable({});
     }
 
-    glDisable(GL_SCISSOR_TEST);
     const GLint hitCount = glRenderMode(GL_RENDER); // -1 when the buffer overflowed
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
