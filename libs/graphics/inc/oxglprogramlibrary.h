@@ -12,6 +12,10 @@
 //     log line says so and it is built again from the built-in copies alone.
 // The process-wide library reads <directory of libOxGraphics>/../config/shaders/.
 //
+// A program may be a variant of another one's sources, built with preprocessor definitions
+// (such as "standardLightingBlendedOitShaderProgram", the standard program for the transparent
+// pass): features are chosen when a program is built, not by uniforms its fragments test.
+//
 // Each program is built once per library and kept (a program that cannot be built is
 // remembered as such and not tried again). Programs are GL objects of the context current at
 // their first lookup, usable in every context that shares objects with it, so there is one
@@ -63,8 +67,9 @@ public:
 private:
     /// The stages of one program: each stage with the file name of its source.
     using stageFiles = std::vector<std::pair<ePipelineStage, const char*>>;
-    std::shared_ptr<shaderProgram> build(const std::string& name, const stageFiles& stages);
-    std::shared_ptr<shaderStage> compileStage(ePipelineStage stage, const char* fileName, bool allowFile, bool& fromFile);
+    std::shared_ptr<shaderProgram> build(const std::string& name, const stageFiles& stages, const char* defines);
+    std::shared_ptr<shaderStage> compileStage(ePipelineStage stage, const char* fileName, const char* defines,
+                                              bool allowFile, bool& fromFile);
 
     ox::directory mShaderDirectory;
     std::mutex mMutex;

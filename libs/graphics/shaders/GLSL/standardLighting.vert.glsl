@@ -1,6 +1,6 @@
 #version 330 compatibility
 // Standard lighting, vertex stage: the fixed-function transform, and what the fragment stage
-// needs to light per pixel as the fixed-function light set-up does per vertex.
+// needs to light per pixel as the fixed-function light set-up lights per vertex.
 //
 // Colours come from the vertex, not from gl_FrontMaterial/gl_BackMaterial. Mesa keeps glMaterial
 // calls as per-vertex attributes of immediate-mode and display-list drawing (between glBegin and
@@ -9,17 +9,25 @@
 // one. The drawers therefore send each material colour as a vertex colour as well (see
 // drawing/glcolorstate.h): the current colour is the front material's ambient and diffuse, the
 // secondary colour the back material's.
+//
+// What is handed on is kept small, because every interpolated value costs the rasteriser per
+// triangle and per pixel: the normal, the colour, and the back colour as one flat value. So is
+// the work per vertex: a large mesh has more vertices than pixels.
 
-out vec3 v_eyeNormal; // unit length; zero where the drawer sent a zero normal (unlit lines and points)
+out vec3 v_eyeNormal;  // as the drawer sent it, any length; zero for unlit lines and points
 out vec4 v_color;
-out vec3 v_backColor;
+// The back colour as 0xRRGGBB in a float (exact up to 2^24), or -1 when it is the front colour:
+// all the drawers' back colours are constant over a primitive, and a flat value costs next to
+// nothing, where three interpolated ones cost a tenth of the frame.
+flat out float v_packedBackColor;
 
 void main()
 {
     gl_Position = ftransform(); // bit-identical positions, so the two paths agree at the edges
-    // Normalised here because drawers may send any length (GL_NORMALIZE copes on the
-    // fixed-function path): the fragment stage tells lit from unlit by the length alone.
-    v_eyeNormal = gl_Normal == vec3(0.0) ? vec3(0.0) : normalize(gl_NormalMatrix * gl_Normal);
+    // Not normalised here: a large mesh has several vertices per pixel drawn, so the fragment
+    // stage does it for less (and GL_NORMALIZE lets drawers send any length).
+    v_eyeNormal = gl_NormalMatrix * gl_Normal;
     v_color = gl_Color;
-    v_backColor = gl_SecondaryColor.rgb;
+    ivec3 back = ivec3(gl_SecondaryColor.rgb * 255.0 + 0.5);
+    v_packedBackColor = gl_SecondaryColor.rgb == gl_Color.rgb ? -1.0 : float((back.r << 16) | (back.g << 8) | back.b);
 }

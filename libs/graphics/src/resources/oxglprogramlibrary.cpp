@@ -16,7 +16,19 @@ constexpr const char* kLoggerName = "oxGraphics::openGL::glProgramLibrary::progr
 struct programRecipe {
     const char* name;
     std::vector<std::pair<ePipelineStage, const char*>> stages;
+    const char* defines = ""; // "#define" lines put after the #version line of every stage
 };
+
+// The source with `defines` after its #version line (GLSL wants that line first).
+std::string withDefines(std::string source, const char* defines) {
+    if (*defines == '\0') return source;
+    std::size_t at = 0;
+    if (source.compare(0, 8, "#version") == 0) {
+        at = source.find('\n');
+        at = at == std::string::npos ? source.size() : at + 1;
+    }
+    return source.insert(at, defines);
+}
 
 // Every program of the library with the source files of its stages, in link order.
 const std::vector<programRecipe>& recipes() {
@@ -24,6 +36,10 @@ const std::vector<programRecipe>& recipes() {
         {"standardLightingShaderProgram",
          {{ePipelineStage::vertex, "standardLighting.vert.glsl"},
           {ePipelineStage::fragment, "standardLighting.frag.glsl"}}},
+        {"standardLightingBlendedOitShaderProgram",
+         {{ePipelineStage::vertex, "standardLighting.vert.glsl"},
+          {ePipelineStage::fragment, "standardLighting.frag.glsl"}},
+         "#define OX_BLENDED_OIT 1\n"},
         {"objectOutlineShaderProgram",
          {{ePipelineStage::vertex, "objectOutline.vert.glsl"}, {ePipelineStage::fragment, "objectOutline.frag.glsl"}}},
         {"blendedOit2dShaderProgram",
@@ -87,16 +103,22 @@ std::shared_ptr<shaderProgram> glProgramLibrary::program(const std::string& name
     std::lock_guard lock(mMutex);
     const auto known = mPrograms.find(name);
     if (known != mPrograms.end()) return known->second;
-    return mPrograms[name] = build(name, recipe->stages);
+    return mPrograms[name] = build(name, recipe->stages, recipe->defines);
 }
 
-std::shared_ptr<shaderStage> glProgramLibrary::compileStage(ePipelineStage stage, const char* fileName, bool allowFile,
-                                                           bool& fromFile) {
+std::shared_ptr<shaderStage> glProgramLibrary::compileStage(ePipelineStage stage, const char* fileName,
+                                                           const char* defines, bool allowFile, bool& fromFile) {
     fromFile = false;
     if (allowFile && !mShaderDirectory.path().empty()) {
         const ox::file installed(mShaderDirectory, ox::string::fromMBCtoWC(fileName));
         if (installed.exists()) {
-            if (auto compiled = glShaderStageObject::createShaderFromFile(stage, installed.path())) {
+            std::shared_ptr<shaderStage> compiled;
+            std::string text;
+            if (*defines == '\0')
+                compiled = glShaderStageObject::createShaderFromFile(stage, installed.path());
+            else if (installed.readAll(text) && !text.empty())
+                compiled = glShaderStageObject::createShaderFromString(stage, withDefines(std::move(text), defines));
+            if (compiled) {
                 fromFile = true;
                 return compiled;
             }
@@ -109,10 +131,11 @@ std::shared_ptr<shaderStage> glProgramLibrary::compileStage(ePipelineStage stage
         OX_LOG_DEBUG(kLoggerName, L"no source for shader %s", fileName);
         return {};
     }
-    return glShaderStageObject::createShaderFromString(stage, text);
+    return glShaderStageObject::createShaderFromString(stage, withDefines(std::move(text), defines));
 }
 
-std::shared_ptr<shaderProgram> glProgramLibrary::build(const std::string& name, const stageFiles& sources) {
+std::shared_ptr<shaderProgram> glProgramLibrary::build(const std::string& name, const stageFiles& sources,
+                                                       const char* defines) {
     for (const bool allowFiles : {true, false}) {
         // The stages live until the program is linked; the program does not keep them.
         std::vector<std::shared_ptr<shaderStage>> stages;
@@ -120,7 +143,7 @@ std::shared_ptr<shaderProgram> glProgramLibrary::build(const std::string& name, 
         bool anyFromFile = false;
         for (const auto& [pipelineStage, fileName] : sources) {
             bool fromFile = false;
-            auto stage = compileStage(pipelineStage, fileName, allowFiles, fromFile);
+            auto stage = compileStage(pipelineStage, fileName, defines, allowFiles, fromFile);
             anyFromFile = anyFromFile || fromFile;
             if (!stage) break;
             stagePointers.push_back(stage.get());

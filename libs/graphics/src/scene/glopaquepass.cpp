@@ -18,12 +18,10 @@ void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRend
 void glOpaquePass::draw(const frameContent_t& content, shaderProgram* program) {
     if (program) {
         program->setUniformInt("u_maskTexture", 1);
-        program->setUniformInt("u_hasMask", 0); // no mask effect: nothing is looked up
         program->setUniformInt("u_isSelected", 0);
         program->setUniformInt("u_packedTopBtmColorAndEnable", 0);
         program->setUniformInt("u_numLayerDescriptions", 0);
         program->setUniformInt("u_forceColorFromVertexAttrib", 0);
-        program->setUniformInt("u_isBlendedOitPass", 0);
     }
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified) continue;

@@ -36,7 +36,10 @@ void glTransparencyPass::draw(glRenderDrawer& render, const glRenderDrawer::defe
                               const programs_t& programs, const oxGeo::matrix3d& modelView, int width, int height,
                               const drawFunction& drawOne) {
     mLastOrderIndependent = false;
-    if (drawables.empty()) return;
+    if (drawables.empty()) {
+        if (programs.standard != nullptr) programs.standard->deactivate();
+        return;
+    }
     const glCapabilityScope noCulling(GL_CULL_FACE, false);
     if (canBlendOrderIndependent(programs, width, height)) {
         drawOrderIndependent(render, drawables, programs, width, height, drawOne);
@@ -47,10 +50,13 @@ void glTransparencyPass::draw(glRenderDrawer& render, const glRenderDrawer::defe
     glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);
     glEnable(GL_DEPTH_TEST);
+    if (programs.standard != nullptr) programs.standard->deactivate();
 }
 
 bool glTransparencyPass::canBlendOrderIndependent(const programs_t& programs, int width, int height) {
-    if (programs.standard == nullptr || programs.composite == nullptr || width <= 0 || height <= 0) return false;
+    if (programs.standard == nullptr || programs.standardBlended == nullptr || programs.composite == nullptr ||
+        width <= 0 || height <= 0)
+        return false;
     const texDesc_t& desc = mTargets.accumDesc();
     if (desc.width != width || desc.height != height) return false;
     // The depth copy needs the frame and the targets at one sample count.
@@ -83,13 +89,12 @@ void glTransparencyPass::drawOrderIndependent(glRenderDrawer& render, const glRe
     glBlendEquation(GL_FUNC_ADD);
     clearTargets(*programs.composite);
 
-    programs.standard->activate();
+    programs.standardBlended->activate();
     glBlendFuncSeparate(GL_ONE, GL_ONE, GL_ZERO, GL_ONE_MINUS_SRC_ALPHA);
-    programs.standard->setUniformInt("u_isBlendedOitPass", 1);
     render.beginTransparentPass(false);
     for (const auto& drawable : drawables) drawOne(drawable);
     render.endTransparentPass(false);
-    programs.standard->setUniformInt("u_isBlendedOitPass", 0);
+    programs.standardBlended->deactivate();
 
     if (mTargets.accumDesc().numSamples >= 2) resolveTargets(width, height);
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, frame);

@@ -34,7 +34,8 @@ public:
     using drawFunction = std::function<void(const ox::refPtr<iDrawable>&)>;
 
     struct programs_t {
-        shaderProgram* standard = nullptr;   ///< draws the drawables; null: fixed function
+        shaderProgram* standard = nullptr;   ///< the opaque pass's, active on entry; null: fixed function
+        shaderProgram* standardBlended = nullptr;  ///< its variant that accumulates instead of blending
         shaderProgram* composite = nullptr;  ///< "blendedOit2dShaderProgram"
         shaderProgram* debugView = nullptr;  ///< "blendedOitDebugVisShaderProgram"
     };
@@ -45,8 +46,8 @@ public:
     const glTransparencyTargets& targets() const { return mTargets; }
 
     /// Runs the pass for `drawables` (in any order) in a frame of width × height pixels whose
-    /// eye transform is `modelView`. The standard program, when given, must be active; it stays
-    /// active until the pass ends and is then unbound.
+    /// eye transform is `modelView`. The standard program, when given, must be active; the pass
+    /// ends with no program bound.
     void draw(glRenderDrawer& render, const glRenderDrawer::deferredSet& drawables, const programs_t& programs,
               const oxGeo::matrix3d& modelView, int width, int height, const drawFunction& drawOne);
 

@@ -41,6 +41,7 @@ int slotIndex(unsigned int colorId) {
 // drawn fixed-function.
 struct framePrograms_t {
     shaderProgram* standard = nullptr;
+    shaderProgram* standardBlended = nullptr;
     shaderProgram* outline = nullptr;
     shaderProgram* oit2d = nullptr;
     shaderProgram* screenQuad = nullptr;
@@ -53,6 +54,7 @@ framePrograms_t framePrograms() {
         glShaderProgram::areGlShadersEnabledGlobally() ? glProgramLibrary::forCurrentContext() : nullptr;
     if (library == nullptr) return {};
     return {library->program("standardLightingShaderProgram").get(),
+            library->program("standardLightingBlendedOitShaderProgram").get(),
             library->program("objectOutlineShaderProgram").get(),
             library->program("blendedOit2dShaderProgram").get(),
             library->program("texturedScreenQuadShaderProgram").get(),
@@ -292,12 +294,11 @@ void glScene::draw() {
     glOpaquePass(render, selectionDrawer, modifyDrawer).draw(content, program);
 
     // 6. Transparent pass: the drawables the render drawer held back.
-    mTransparencyPass.draw(render, render.deferredDrawables(), {program, programs.oit2d, programs.oitDebug},
+    mTransparencyPass.draw(render, render.deferredDrawables(), {program, programs.standardBlended, programs.oit2d, programs.oitDebug},
                            modelView(), mViewportWidth, mViewportHeight, [&](const ox::refPtr<iDrawable>& drawable) {
                                drawDrawable(render, drawable, eRendermode::transparent, program);
                            });
     render.setCurrentDrawable({});
-    if (program) program->deactivate();
 
     // 7. Rubber rectangles.
     glScreenPass::drawRectangles(mRubberRects, mViewportWidth, mViewportHeight);
