@@ -121,6 +121,14 @@ TEST_F(glProgramLibraryTest, installedFileOverridesAndBrokenFileFallsBackToBuilt
     EXPECT_EQ(draw(*fallback).pixels, draw(*builtinLibrary.program(kScreenQuad)).pixels);
 }
 
+TEST_F(glProgramLibraryTest, everyProgramBuildsFromItsInstalledFilesAndFromTheBuiltinCopies) {
+    glProgramLibrary builtinLibrary{ox::directory()};
+    for (const std::string& name : glProgramLibrary::programNames()) {
+        EXPECT_TRUE(getShaderProgram(name)) << name;
+        EXPECT_TRUE(builtinLibrary.program(name)) << name;
+    }
+}
+
 TEST_F(glProgramLibraryTest, unknownNamesAndSwitchedOffShadersGiveNoProgram) {
     {
         oxlog::logCapture capture;

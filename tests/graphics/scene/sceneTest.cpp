@@ -267,6 +267,23 @@ TEST_F(sceneTest, aDriverGrantingNoSamplesGetsNoBlitButStillTheScreenQuad) {
     EXPECT_EQ(oxtest::readPixel(8, 8), (oxtest::rgba8{0, 255, 0, 255}));  // and shown in the window
 }
 
+TEST_F(sceneTest, storedRubberRectanglesAreDrawnPlainWhiteIntoEveryFrameUntilCleared) {
+    auto view = oxtest::makeScene(40, 40, 0);
+    view->add(ox::refPtr<oxGraphics::iDrawable>(new oxtest::testSquare({0, 0, 0}, 20, {0, 0, 255})));
+    EXPECT_FALSE(view->clearRubberRect());
+    view->setRubberRect(5, 5, 30, 30);
+    for (int frame = 0; frame < 2; ++frame) { // XOR would give yellow over blue, and erase it again
+        oxtest::paint(*view);
+        std::unique_ptr<char[]> pixels(view->writeToBuffer());
+        const auto edge = oxtest::pixelOf(pixels.get(), 40, 20, 40 - 1 - 5);  // top edge, y counted from the top
+        EXPECT_EQ(edge, (oxtest::rgba8{255, 255, 255, 255})) << frame;
+    }
+    EXPECT_TRUE(view->clearRubberRect());
+    oxtest::paint(*view);
+    std::unique_ptr<char[]> pixels(view->writeToBuffer());
+    EXPECT_EQ(oxtest::pixelOf(pixels.get(), 40, 20, 40 - 1 - 5), (oxtest::rgba8{0, 0, 255, 255}));
+}
+
 TEST_F(sceneTest, eachScreenQuadIsANewListAndLeavesThePreviousOneAlone) {
     auto view = oxtest::makeScene(16, 16, 4);
     auto renderer = rendererOf(view);

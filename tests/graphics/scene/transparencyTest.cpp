@@ -117,6 +117,15 @@ TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
         EXPECT_GT(redOnly[0], 80);
         EXPECT_LT(redOnly[1], 10);
     }
+
+    // The debugging view of the revealage: white where nothing transparent lies, darker where two
+    // layers do than where one does.
+    auto view = overlapScene(0, true);
+    rendererOf(view)->transparencyPass().setDebugView(openGL::eTransparencyDebugView::revealage);
+    const auto revealage = frameOf(*view);
+    EXPECT_EQ(revealage.at(2, 2)[0], 255);
+    EXPECT_LT(revealage.at(kSize / 2, kSize / 2)[0], revealage.at(kSize / 2 - 12, kSize / 2)[0]);
+    EXPECT_LT(revealage.at(kSize / 2 - 12, kSize / 2)[0], 255);
 }
 
 TEST_F(transparencyTest, oneLayerBlendsAsFixedFunctionDoesAndTheFallbackSortsBackToFront) {
