@@ -40,6 +40,7 @@ public:
         std::vector<point3d> points;  // points when not empty
         ox::rgbColor color;
         float transparency;
+        int mode = 0;  // 1: wire frame
     };
     explicit transparentSketch(std::vector<part_t> parts) : mParts(std::move(parts)) {}
     bool draw(iDrawer* drawer, eRendermode, shaderProgram*) override {
@@ -52,7 +53,7 @@ public:
                 drawer->setPointSize(7);
                 drawer->drawPoints(part.points);
             } else {
-                drawer->drawMesh(part.mesh, 0);
+                drawer->drawMesh(part.mesh, part.mode);
             }
         }
         return true;
@@ -185,6 +186,8 @@ TEST_F(transparencyTest, transparentFacesLinesAndPointsOverOpaqueGeometryMatchTh
         {square({1.5, 1.5, 1}, 5), {}, {}, {255, 140, 0}, 0.5f},
         {{}, {{-4, -3, 2}, {4, 3, 2}, {4, -3, 2}}, {}, {255, 255, 255}, 0.4f},
         {{}, {}, {{-3, 3, 3}, {0, 0, 3}, {3, -3, 3}, {2, 2, 3}}, {0, 255, 0}, 0.3f},
+        // Drawn last, a wire frame leaves its polygon mode behind; the composite still fills.
+        {square({-2, -2, 2}, 3), {}, {}, {255, 0, 255}, 0.5f, 1},
     })));
     const auto image = frameOf(*view);
     EXPECT_TRUE(rendererOf(view)->transparencyPass().lastPassWasOrderIndependent());

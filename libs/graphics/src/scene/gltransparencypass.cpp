@@ -103,6 +103,7 @@ void glTransparencyPass::drawOrderIndependent(glRenderDrawer& render, const glRe
 
 void glTransparencyPass::clearTargets(shaderProgram& program) {
     // Drawn rather than glClear'ed, so that both targets get their own start value in one go.
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); // what the frame drew before may have left lines
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
     program.activate();
@@ -146,6 +147,7 @@ void glTransparencyPass::composite(const programs_t& programs, int width, int he
     const bool debugging = mDebugView != eTransparencyDebugView::off && programs.debugView != nullptr;
     shaderProgram& program = debugging ? *programs.debugView : *programs.composite;
     glViewport(0, 0, width, height);
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL); // a wire-frame drawable leaves lines behind
     glDepthMask(GL_FALSE);
     glDisable(GL_DEPTH_TEST); // the quad lies over everything; the depth copy already culled
     if (debugging) {
