@@ -4,6 +4,7 @@
 #include "sceneTestSupport.h"
 
 #include "oxglcontext.h"
+#include "oxgltexturemanager.h"
 #include "scene/oxglscene.h"
 #include "oxglshader.h"
 
@@ -118,6 +119,14 @@ TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
         EXPECT_GT(redOnly[0], 80);
         EXPECT_LT(redOnly[1], 10);
     }
+
+    // Targets beyond what the driver makes are not attempted: no GL error, and no targets.
+    openGL::glTextureManager manager;
+    openGL::glTransparencyTargets tooLarge(manager);
+    tooLarge.bringTo(oxtest::readGlInteger(GL_MAX_TEXTURE_SIZE) + 1, 8, 4);
+    EXPECT_FALSE(tooLarge.allocate());
+    tooLarge.bringTo(8, 8, 1000);
+    EXPECT_FALSE(tooLarge.allocate());
 
     // The debugging view of the revealage: white where nothing transparent lies, darker where two
     // layers do than where one does.

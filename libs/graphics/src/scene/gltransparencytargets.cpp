@@ -60,8 +60,20 @@ bool glTransparencyTargets::bringTo(int width, int height, int samples) {
     return true;
 }
 
+bool glTransparencyTargets::fitDriverLimits() const {
+    GLint largestTexture = 0, largestRenderbuffer = 0, samples = 0, colorSamples = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largestTexture);
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &largestRenderbuffer);
+    glGetIntegerv(GL_MAX_SAMPLES, &samples);
+    glGetIntegerv(GL_MAX_COLOR_TEXTURE_SAMPLES, &colorSamples);
+    const int side = std::max(mAccumDesc.width, mAccumDesc.height);
+    return side <= std::min(largestTexture, largestRenderbuffer) &&
+           (mAccumDesc.numSamples < 2 || mAccumDesc.numSamples <= std::min(samples, colorSamples));
+}
+
 bool glTransparencyTargets::allocate() {
-    if (!isAllocated() && mAccumDesc.width != 0 && mAccumDesc.height != 0) build();
+    // Targets the driver cannot make would only raise GL errors; the pass then blends sorted.
+    if (!isAllocated() && mAccumDesc.width != 0 && mAccumDesc.height != 0 && fitDriverLimits()) build();
     return isAllocated() && (mAccumDesc.numSamples < 2 || mResolveFramebuffer);
 }
 

@@ -4,13 +4,12 @@
 // drawn: a scene without transparency never pays for it (at 4 samples the two float targets and
 // their depth cost 14 bytes per sample). Each target carries its name as a GL object label, so
 // it can be told apart in a GL debugger.
-#include "oxgraphics_export.h"
 #include "oxtexture.h"
 #include "oxtexturemanager.h"
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glTransparencyTargets {
+class glTransparencyTargets {
 public:
     static constexpr const char* kAccumTexture = "blendedOitAccumTex";
     static constexpr const char* kRevealageTexture = "blendedOitRevealageTex";
@@ -51,6 +50,7 @@ private:
     void describe(texDesc_t& desc, int width, int height, int samples) const;
     ox::refPtr<iTexture> create(const texDesc_t& desc, const char* label);
     void build();
+    bool fitDriverLimits() const;
 
     textureManager& mManager;
     texDesc_t mAccumDesc{eTextureFormat::rgba16f, eTextureKind::texture2d};
