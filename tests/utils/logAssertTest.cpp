@@ -54,6 +54,29 @@ TEST(log, debugIsCapturedButNotPrintedAtLevelInfo) {
     EXPECT_FALSE(logger->shouldLog(oxlog::eLevel::debug));
 }
 
+// Debug lines are filtered by one process-wide level before the logger is even looked up; it has
+// to follow the captures exactly: stay lowered while any capture is left, reach threads started
+// later, and come back up when the last one goes.
+TEST(log, debugFollowsEveryCaptureAcrossThreads) {
+    const bool defaultLevel = [] {
+        const char* level = std::getenv("OX_LOG_LEVEL");
+        return level == nullptr || *level == '\0';
+    }();
+    {
+        oxlog::logCapture outer;
+        { oxlog::logCapture inner; }
+        std::thread([] { OX_LOG_DEBUG("ox::test::late", L"from a thread %i", 2); }).join();
+        OX_LOG_DEBUG("ox::test::late", L"after the inner capture went");
+        EXPECT_EQ(outer.messages("ox::test::late"),
+                  (std::vector<std::wstring>{L"from a thread 2", L"after the inner capture went"}));
+    }
+    if (!defaultLevel) return; // the rest checks what the default stderr level lets through
+    EXPECT_FALSE(oxlog::isEnabled(oxlog::eLevel::debug));
+    bool evaluated = false;
+    OX_LOG_DEBUG("ox::test::late", L"%i", (evaluated = true, 1));
+    EXPECT_FALSE(evaluated) << "a line nobody listens to must not evaluate its arguments";
+}
+
 TEST(log, capturesComeAndGoWhileOtherThreadsLog) {
     std::atomic<bool> stop{false};
     std::thread writer([&] {

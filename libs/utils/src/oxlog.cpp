@@ -10,6 +10,10 @@
 #include <string_view>
 
 namespace oxlog {
+
+// Constant-initialised, so it holds trace before any static constructor runs (see oxlog.h).
+constinit std::atomic<int> detail::gLowestLevel{static_cast<int>(eLevel::trace)};
+
 namespace {
 
 spdlog::level::level_enum toSpd(eLevel level) { return static_cast<spdlog::level::level_enum>(level); }
@@ -107,10 +111,10 @@ public:
     }
 
     std::shared_ptr<spdlog::logger> makeSpdLogger(const std::string& name) {
-        std::lock_guard lock(mLevelMutex);
+        // Filtering happens before spdlog is reached (isEnabled) and in the fan-out sink (the
+        // stderr level), so spdlog's own logger passes everything.
         auto spd = std::make_shared<spdlog::logger>(name, mFanout);
-        spd->set_level(effectiveLevelLocked());
-        mSpdLoggers.push_back(spd);
+        spd->set_level(spdlog::level::trace);
         return spd;
     }
 
@@ -126,22 +130,19 @@ public:
     }
 
 private:
-    registry() : mFanout(std::make_shared<fanoutSink>(levelFromEnvironment())) {}
+    registry() : mFanout(std::make_shared<fanoutSink>(levelFromEnvironment())) { refreshLocked(); }
 
-    // Loggers filter before the sinks do: while a capture listens they pass everything.
-    spdlog::level::level_enum effectiveLevelLocked() const {
-        return mCaptures > 0 ? spdlog::level::trace : mFanout->stderrLevel();
-    }
+    // Lines are filtered before anything else happens: while a capture listens they all pass,
+    // otherwise only what stderr would print. Counted, not flagged, since captures overlap.
     void refreshLocked() {
-        // A logger's level is atomic in spdlog, so this is safe while other threads log.
-        for (auto& spd : mSpdLoggers) spd->set_level(effectiveLevelLocked());
+        const auto lowest = mCaptures > 0 ? spdlog::level::trace : mFanout->stderrLevel();
+        detail::gLowestLevel.store(static_cast<int>(fromSpd(lowest)), std::memory_order_relaxed);
     }
 
     std::mutex mMutex;
     std::map<std::string, ox::refPtr<logger>, std::less<>> mLoggers;
     std::mutex mLevelMutex;
     std::shared_ptr<fanoutSink> mFanout;
-    std::vector<std::shared_ptr<spdlog::logger>> mSpdLoggers;
     std::size_t mCaptures = 0;
 };
 
@@ -157,7 +158,7 @@ logger::logger(std::string name) : mName(std::move(name)), mImpl(std::make_uniqu
 
 logger::~logger() = default;
 
-bool logger::shouldLog(eLevel level) const { return mImpl->spd->should_log(toSpd(level)); }
+bool logger::shouldLog(eLevel level) const { return isEnabled(level); }
 
 void logger::log_debug(const ox::string& message, const char* file, long line, const char* function,
                        ox::refPtr<iLogObj> object) const {
