@@ -11,6 +11,7 @@ packages=(
   libpng-dev libassimp-dev libglfw3-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
+  g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix
 )
 
 missing=()

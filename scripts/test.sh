@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
-# The whole test suite: installs what is missing, builds, runs every test with CTest; then the
-# same suite under AddressSanitizer + UndefinedBehaviorSanitizer, a short fuzzing run of the mesh
-# loader, and the threaded tests under ThreadSanitizer.
-# OX_SKIP_SANITIZERS=1 skips the sanitizer and fuzzing passes (quicker local runs).
+# The whole test suite: installs what is missing, builds, runs every test with CTest; two build
+# checks: everything with warnings as errors, and the libraries cross-compiled for Windows
+# (MinGW-w64, with the WGL context); then the same suite under AddressSanitizer +
+# UndefinedBehaviorSanitizer, a short fuzzing run of the mesh loader, and the threaded tests under
+# ThreadSanitizer.
+# OX_SKIP_SANITIZERS=1 skips the sanitizer and fuzzing passes, OX_SKIP_BUILD_CHECKS=1 the two
+# build checks (quicker local runs).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -25,6 +28,12 @@ export UBSAN_OPTIONS="print_stacktrace=1"
 configure_and_build default
 echo "=== default: test"
 ctest --preset default -j "$jobs"
+
+if [ "${OX_SKIP_BUILD_CHECKS:-0}" != "1" ]; then
+  # Build only: the tests are the default build's.
+  configure_and_build werror
+  configure_and_build mingw
+fi
 
 if [ "${OX_SKIP_SANITIZERS:-0}" != "1" ]; then
   configure_and_build asan

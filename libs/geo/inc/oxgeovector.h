@@ -57,7 +57,9 @@ private:
 };
 
 /// A 3D direction. Transformations apply without translation.
-class OX_GEO_API vector3d {
+/// Only the out-of-line members are exported: on Windows the members of an exported class are
+/// imported, and the inline constants below could then not be defined in this header.
+class vector3d {
 public:
     static const vector3d kXAxis;
     static const vector3d kYAxis;
@@ -69,7 +71,7 @@ public:
     constexpr vector3d() = default;
     constexpr vector3d(double x, double y, double z) : mX(x), mY(y), mZ(z) {}
     /// The vector from the origin to `p`.
-    explicit vector3d(const point3d& p);
+    OX_GEO_API explicit vector3d(const point3d& p);
     /// z = 0.
     constexpr explicit vector3d(const vector2d& v) : mX(v.x()), mY(v.y()) {}
 
@@ -103,16 +105,16 @@ public:
     }
 
     /// Applies the linear part of `m` (no translation), in place.
-    vector3d& transformBy(const matrix3d& m);
+    OX_GEO_API vector3d& transformBy(const matrix3d& m);
 
     /// The unsigned angle between the two vectors, in [0, π]; 0 when either is zero.
-    ox::angle angleTo(const vector3d& other) const;
+    OX_GEO_API ox::angle angleTo(const vector3d& other) const;
     /// The angle from this vector to `other`, counter-clockwise when looking against
     /// `referenceNormal` (right-handed about it), in [0, 2π). Both vectors are first projected
     /// onto the plane perpendicular to the reference; 0 when a projection vanishes.
-    ox::angle angleTo(const vector3d& other, const vector3d& referenceNormal) const;
+    OX_GEO_API ox::angle angleTo(const vector3d& other, const vector3d& referenceNormal) const;
 
-    point3d asPoint() const;
+    OX_GEO_API point3d asPoint() const;
 
     constexpr vector3d& operator+=(const vector3d& o) { mX += o.mX; mY += o.mY; mZ += o.mZ; return *this; }
     constexpr vector3d& operator-=(const vector3d& o) { mX -= o.mX; mY -= o.mY; mZ -= o.mZ; return *this; }

@@ -9,16 +9,30 @@
 #include <string_view>
 #include <system_error>
 
+#if defined(_WIN32)
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
 #include <link.h>
+#endif
 
 namespace ox {
 namespace {
 
 namespace fs = std::filesystem;
 
+#if defined(_WIN32)
+// Windows paths are wide already.
+fs::path toPath(const string& path) { return fs::path(static_cast<const std::wstring&>(path)); }
+string fromPath(const fs::path& path) { return string(path.native()); }
+#else
 // The UTF-8 bytes of the wide path, which is what the system takes on this platform.
 fs::path toPath(const string& path) { return fs::path(getMBCS(path)); }
 string fromPath(const fs::path& path) { return string::fromMBCtoWC(path.native()); }
+#endif
 
 } // namespace
 
@@ -95,6 +109,33 @@ ox::directory file::directory() const { return ox::directory(fromPath(toPath(mPa
 // ---------------------------------------------------------------------------------------------
 // getModulePath
 
+#if defined(_WIN32)
+
+// "<name>.dll", "lib<name>.dll" (as MinGW names DLLs) or exactly <name>.
+bool getModulePath(const string& moduleName, directory& result) {
+    HMODULE module = nullptr; // the executable
+    if (!moduleName.empty()) {
+        const std::wstring mingwName = L"lib" + moduleName + L".dll";
+        module = GetModuleHandleW(mingwName.c_str());
+        if (module == nullptr) module = GetModuleHandleW(moduleName.c_str()); // appends ".dll" itself
+        if (module == nullptr) return false;
+    }
+    std::wstring file(MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length = GetModuleFileNameW(module, file.data(), static_cast<DWORD>(file.size()));
+        if (length == 0) return false;
+        if (length < file.size()) {
+            file.resize(length);
+            break;
+        }
+        file.resize(file.size() * 2); // truncated
+    }
+    result = directory(fromPath(fs::path(file).lexically_normal().parent_path()));
+    return true;
+}
+
+#else
+
 namespace {
 
 // "lib<name>.so", "lib<name>.so.<version>" or exactly <name>.
@@ -141,5 +182,7 @@ bool getModulePath(const string& moduleName, directory& result) {
     result = directory(fromPath(absolute.lexically_normal().parent_path()));
     return true;
 }
+
+#endif
 
 } // namespace ox

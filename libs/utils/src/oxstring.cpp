@@ -207,7 +207,9 @@ string string::vsformat(const wchar_t* format, std::va_list args) {
         case L'c':
         case L'C':
             if (length == len::l || conversion == L'C') {
-                piece(directive, va_arg(ap, std::wint_t));
+                // Where wint_t is narrower than int (Windows) it arrives promoted to int.
+                using promotedWint = std::conditional_t<(sizeof(std::wint_t) < sizeof(int)), int, std::wint_t>;
+                piece(directive, static_cast<std::wint_t>(va_arg(ap, promotedWint)));
             } else {
                 // A lone byte is only a character when it is ASCII.
                 const int c = va_arg(ap, int);
