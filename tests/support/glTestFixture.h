@@ -193,12 +193,24 @@ inline bool saveRegionPng(const std::filesystem::path& path, int x, int y, int w
     return writePng(path, readRegion(x, y, width, height));
 }
 
-/// Compares a region of the current read buffer with the reference image <directory>/<name>.png
-/// (see matchesReferenceImage for tolerances, failure images and OX_UPDATE_REFERENCE_IMAGES).
+/// The current context's GL_RENDERER, which reference images are tied to (referenceImage.h).
+inline std::string currentRenderer() {
+    const GLubyte* renderer = glGetString(GL_RENDERER);
+    return renderer != nullptr ? reinterpret_cast<const char*>(renderer) : "";
+}
+
+/// Compares `actual`, rendered by the current context's renderer, with the reference image
+/// tests/data/<name>.png (see referenceImage.h for tolerances, failure images, renderers and
+/// OX_UPDATE_REFERENCE_IMAGES).
+inline ::testing::AssertionResult matchesReferenceImage(const rgbaImage& actual, const std::string& name,
+                                                        int maxTolerance, double meanTolerance) {
+    return matchesReferenceImage(actual, name, maxTolerance, meanTolerance, currentRenderer());
+}
+
+/// Compares a region of the current read buffer with the reference image tests/data/<name>.png.
 inline ::testing::AssertionResult regionMatchesReference(const std::string& name, int x, int y, int width, int height,
-                                                         int maxTolerance, double meanTolerance,
-                                                         const std::filesystem::path& directory = OX_TEST_DATA_DIR) {
-    return matchesReferenceImage(readRegion(x, y, width, height), name, maxTolerance, meanTolerance, directory);
+                                                         int maxTolerance, double meanTolerance) {
+    return matchesReferenceImage(readRegion(x, y, width, height), name, maxTolerance, meanTolerance);
 }
 
 } // namespace oxtest

@@ -1,10 +1,12 @@
 #pragma once
 // RGBA8 images for GL tests: PNG files and comparison against reference images.
 //
-// A reference image lives in tests/data as <name>.png. A failing comparison writes
-// <name>.actual.png and <name>.diff.png next to it; OX_UPDATE_REFERENCE_IMAGES=1 in the environment
-// rewrites the reference from the actual image instead of comparing (a deliberate act, never a
-// fallback).
+// A reference image lives in tests/data as <name>.png, with <name>.renderer.txt holding the
+// GL_RENDERER it was made with. A failing comparison writes <name>.actual.png and <name>.diff.png
+// into the build tree (OX_TEST_OUTPUT_DIR) and names them in its message, so a test run never
+// touches the sources. OX_UPDATE_REFERENCE_IMAGES=1 in the environment rewrites the reference and
+// its renderer from the actual image instead of comparing (a deliberate act, never a fallback).
+// A reference made by another renderer is not compared: the test is skipped, naming both.
 #include <gtest/gtest.h>
 #include <png.h>
 
@@ -13,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -21,7 +24,10 @@
 #include <vector>
 
 #ifndef OX_TEST_DATA_DIR
-#error "OX_TEST_DATA_DIR must name the tests/data folder (the oxGlTestSupport target defines it)"
+#error "OX_TEST_DATA_DIR must name the tests/data folder (the oxImageTestSupport target defines it)"
+#endif
+#ifndef OX_TEST_OUTPUT_DIR
+#error "OX_TEST_OUTPUT_DIR must name a folder in the build tree (the oxImageTestSupport target defines it)"
 #endif
 
 namespace oxtest {
@@ -98,34 +104,71 @@ inline bool updatingReferenceImages() {
     return value != nullptr && std::string(value) == "1";
 }
 
-/// Compares `actual` with <directory>/<name>.png: passes when no channel differs by more than
-/// `maxTolerance` and the mean channel difference is at most `meanTolerance`.
+/// Where a comparison reads its reference and writes what it saw.
+struct referenceStore {
+    std::filesystem::path references = OX_TEST_DATA_DIR;  ///< <name>.png and <name>.renderer.txt
+    std::filesystem::path output = OX_TEST_OUTPUT_DIR;    ///< <name>.actual.png and <name>.diff.png
+};
+
+/// What a reference's renderer must share with the current one: the name without the details in
+/// parentheses. llvmpipe puts its LLVM version and the CPU's vector width there ("llvmpipe (LLVM
+/// 15.0.6, 256 bits)"); they change from one machine to the next while its rasterisation does not,
+/// and the tolerances take up the rounding that differs. Another driver or GPU changes the name.
+inline std::string rendererFamily(const std::string& renderer) { return renderer.substr(0, renderer.find(" (")); }
+
+/// Compares `actual`, rendered by `renderer`, with the reference <name>.png: passes when no channel
+/// differs by more than `maxTolerance` and the mean channel difference is at most `meanTolerance`.
+/// A reference of another renderer family skips the current test (the result is then a success).
 inline ::testing::AssertionResult matchesReferenceImage(const rgbaImage& actual, const std::string& name,
                                                         int maxTolerance, double meanTolerance,
-                                                        const std::filesystem::path& directory = OX_TEST_DATA_DIR) {
-    const auto expectedPath = directory / (name + ".png");
-    const auto actualPath = directory / (name + ".actual.png");
-    const auto diffPath = directory / (name + ".diff.png");
+                                                        const std::string& renderer, const referenceStore& store = {}) {
+    namespace fs = std::filesystem;
+    const auto expectedPath = store.references / (name + ".png");
+    const auto rendererPath = store.references / (name + ".renderer.txt");
+    const auto actualPath = store.output / (name + ".actual.png");
+    const auto diffPath = store.output / (name + ".diff.png");
     std::error_code ignored;
-    std::filesystem::remove(actualPath, ignored);
-    std::filesystem::remove(diffPath, ignored);
+    // Images of an earlier failure would be taken for this run's.
+    fs::remove(actualPath, ignored);
+    fs::remove(diffPath, ignored);
+    const auto keepActual = [&] {
+        fs::create_directories(actualPath.parent_path(), ignored);
+        return writePng(actualPath, actual);
+    };
 
     if (updatingReferenceImages()) {
-        if (!writePng(expectedPath, actual))
-            return ::testing::AssertionFailure() << "cannot write reference image " << expectedPath;
-        std::cout << "[ reference ] rewrote " << expectedPath.string() << '\n';
+        fs::create_directories(expectedPath.parent_path(), ignored);
+        std::ofstream rendererFile(rendererPath, std::ios::trunc);
+        rendererFile << renderer << '\n';
+        if (!writePng(expectedPath, actual) || !rendererFile.flush())
+            return ::testing::AssertionFailure() << "cannot write reference image " << expectedPath << " or "
+                                                 << rendererPath;
+        std::cout << "[ reference ] rewrote " << expectedPath.string() << " (" << renderer << ")\n";
         return ::testing::AssertionSuccess();
     }
 
     const auto expected = readPng(expectedPath);
     if (!expected) {
-        writePng(actualPath, actual);
+        keepActual();
         return ::testing::AssertionFailure() << "reference image " << expectedPath << " is missing or unreadable; "
                                              << "the rendered image is " << actualPath
                                              << "; rerun with OX_UPDATE_REFERENCE_IMAGES=1 to adopt it";
     }
+    std::string madeBy;
+    std::ifstream rendererFile(rendererPath);
+    if (!std::getline(rendererFile, madeBy) || madeBy.empty()) {
+        keepActual();
+        return ::testing::AssertionFailure() << "reference image " << expectedPath << " names no renderer in "
+                                             << rendererPath << "; the rendered image is " << actualPath
+                                             << "; rerun with OX_UPDATE_REFERENCE_IMAGES=1 to adopt it";
+    }
+    if (rendererFamily(madeBy) != rendererFamily(renderer)) {
+        [&] { GTEST_SKIP() << "reference image " << expectedPath << " was made by \"" << madeBy
+                           << "\", this run renders with \"" << renderer << "\""; }();
+        return ::testing::AssertionSuccess() << "not compared: made by another renderer";
+    }
     if (expected->width != actual.width || expected->height != actual.height) {
-        writePng(actualPath, actual);
+        keepActual();
         return ::testing::AssertionFailure() << "image is " << actual.width << "x" << actual.height << " but reference "
                                              << expectedPath << " is " << expected->width << "x" << expected->height
                                              << "; the rendered image is " << actualPath;
@@ -133,7 +176,8 @@ inline ::testing::AssertionResult matchesReferenceImage(const rgbaImage& actual,
     const imageDifference difference = compareImages(actual, *expected);
     if (difference.maxDelta <= maxTolerance && difference.meanDelta <= meanTolerance)
         return ::testing::AssertionSuccess();
-    writePng(actualPath, actual);
+    keepActual();
+    fs::create_directories(diffPath.parent_path(), ignored);
     writePng(diffPath, difference.diff);
     return ::testing::AssertionFailure() << "image differs from " << expectedPath << ": max channel difference "
                                          << difference.maxDelta << " (tolerance " << maxTolerance

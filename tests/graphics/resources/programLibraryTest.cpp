@@ -3,8 +3,8 @@
 #include "resourceTestSupport.h"
 
 #include "glTestFixture.h"
-#include "oxglprogramlibrary.h"
-#include "oxglscreenquad.h"
+#include "resources/oxglprogramlibrary.h"
+#include "resources/oxglscreenquad.h"
 #include "oxlog.h"
 
 #include <fstream>

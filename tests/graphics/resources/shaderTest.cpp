@@ -5,7 +5,7 @@
 
 #include "assertRecorder.h"
 #include "glTestFixture.h"
-#include "oxglscreenquad.h"
+#include "resources/oxglscreenquad.h"
 #include "oxglshader.h"
 #include "oxlog.h"
 

@@ -13,7 +13,6 @@
 //
 // "Unlit" below: glPushAttrib(GL_LIGHTING_BIT), glDisable(GL_LIGHTING), glNormal3f(0, 0, 0),
 // the geometry, glPopAttrib().
-#include "oxgraphics_export.h"
 #include "oxdrawable.h"
 #include "oxdrawer.h"
 
@@ -26,7 +25,7 @@ namespace oxGraphics::openGL {
 class iDrawerHost;
 class glRecording;
 
-class OX_GRAPHICS_API glDrawer : public iDrawer {
+class glDrawer : public iDrawer {
 public:
     /// `host` (not owned, may be null): the scene drawn for. Without one nothing can be
     /// recorded and the scene queries answer empty.

@@ -1,7 +1,6 @@
 #pragma once
 // iDrawerHost: the little a drawer needs from the scene it draws for. glScene implements it; tests
 // and benchmarks wrap a bare context in a host of their own.
-#include "oxgraphics_export.h"
 
 #include "oxglcontext.h"
 
@@ -11,7 +10,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API iDrawerHost {
+class iDrawerHost {
 public:
     virtual ~iDrawerHost() = default;
 

@@ -12,7 +12,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glHighlightDrawer : public glDrawer {
+class glHighlightDrawer : public glDrawer {
 public:
     glHighlightDrawer(iDrawerHost* host, const ox::rgbColor& highlightColor);
     ~glHighlightDrawer() override;

@@ -5,7 +5,6 @@
 // this one counter, so an id never means two recordings at once. Lists that do not come from a
 // recording (a host's own glGenLists, a scene's screen quad) are reserved here so no recording
 // takes their id.
-#include "oxgraphics_export.h"
 
 #include <cstdint>
 #include <mutex>
@@ -13,7 +12,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glListIdRegistry {
+class glListIdRegistry {
 public:
     /// `lastIssued`: the counter the first next() increments from (tests start near the top).
     explicit glListIdRegistry(std::uint32_t lastIssued = 0) : mLastIssued(lastIssued) {}

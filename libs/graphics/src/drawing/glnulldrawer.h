@@ -6,7 +6,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glNullDrawer : public glRenderDrawer {
+class glNullDrawer : public glRenderDrawer {
 public:
     explicit glNullDrawer(iDrawerHost* host);
     ~glNullDrawer() override;

@@ -4,7 +4,6 @@
 // A recording belongs to the context it was compiled in and holds a reference to it, so the
 // context object outlives its lists. It is valid while that context can be made current and the
 // list exists there; a destroyed context makes it invalid for good (its id drops to 0).
-#include "oxgraphics_export.h"
 #include "oxrecorded.h"
 
 #include "oxglcontext.h"
@@ -18,7 +17,7 @@ namespace oxGraphics::openGL {
 
 class iDrawerHost;
 
-class OX_GRAPHICS_API glRecording : public iRecorded, public ox::refObj {
+class glRecording : public iRecorded, public ox::refObj {
 public:
     /// Starts compiling a new list (GL_COMPILE) in the host's context. Empty when the host has no
     /// context, it cannot be made current, or a list is already being compiled there.

@@ -15,7 +15,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glRenderDrawer : public glDrawer {
+class glRenderDrawer : public glDrawer {
 public:
     /// Drawables deferred to the transparent pass, ordered by address, each once.
     using deferredSet = std::set<ox::refPtr<iDrawable>>;
@@ -45,7 +45,7 @@ private:
     deferredSet mDeferred;
 };
 
-class OX_GRAPHICS_API glAuxRenderDrawer : public glRenderDrawer {
+class glAuxRenderDrawer : public glRenderDrawer {
 public:
     using glRenderDrawer::glRenderDrawer;
     std::int64_t auxTag() const override { return mTag; }

@@ -6,7 +6,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glSelectDrawer : public glDrawer {
+class glSelectDrawer : public glDrawer {
 public:
     explicit glSelectDrawer(iDrawerHost* host);
     /// glPopName for every name this drawer still has pushed.

@@ -2,7 +2,6 @@
 // moveRotationControlEntity: the drawable of the manipulator. It draws the grips (see
 // oxmoverotationcontrol.h for what each looks like and starts), each under a selection name equal
 // to its operation, and decides which grip is under the cursor.
-#include "oxgraphics_export.h"
 #include "oxdrawable.h"
 #include "oxrecorded.h"
 #include "oxmoverotationcontrol.h"
@@ -42,7 +41,7 @@ struct moveRotationOptions_t {
     double screenPixels = 100.0;
 };
 
-class OX_GRAPHICS_API moveRotationControlEntity final : public iDrawable, public ox::refObj {
+class moveRotationControlEntity final : public iDrawable, public ox::refObj {
 public:
     static ox::refPtr<moveRotationControlEntity> create();
 

@@ -10,7 +10,6 @@
 // conjugated, result = (C⁻¹ F) · T · (F⁻¹ C).
 //
 // Pure arithmetic on iViewRays: no GL.
-#include "oxgraphics_export.h"
 #include "oxmoverotationcontrol.h"
 #include "viewrays.h"
 
@@ -24,7 +23,7 @@
 
 namespace oxGraphics {
 
-class OX_GRAPHICS_API moveRotationOperation {
+class moveRotationOperation {
 public:
     virtual ~moveRotationOperation() = default;
     moveRotationOperation(const moveRotationOperation&) = delete;
@@ -59,7 +58,7 @@ protected:
 
 /// Along one axis of C. The plane through the axis that faces the viewer most: the grabbed point
 /// follows the cursor along the axis.
-class OX_GRAPHICS_API moveAxisOperation : public moveRotationOperation {
+class moveAxisOperation : public moveRotationOperation {
 public:
     moveAxisOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, int axis, double x, double y);
     double travel() const { return mCurrent - mStart; }
@@ -75,24 +74,24 @@ private:
     double mCurrent = 0.0;
 };
 
-class OX_GRAPHICS_API moveLocalXOperation final : public moveAxisOperation {
+class moveLocalXOperation final : public moveAxisOperation {
 public:
     moveLocalXOperation(ox::refPtr<iViewRays> v, const oxGeo::matrix3d& c, double x, double y)
         : moveAxisOperation(std::move(v), c, 0, x, y) {}
 };
-class OX_GRAPHICS_API moveLocalYOperation final : public moveAxisOperation {
+class moveLocalYOperation final : public moveAxisOperation {
 public:
     moveLocalYOperation(ox::refPtr<iViewRays> v, const oxGeo::matrix3d& c, double x, double y)
         : moveAxisOperation(std::move(v), c, 1, x, y) {}
 };
-class OX_GRAPHICS_API moveLocalZOperation final : public moveAxisOperation {
+class moveLocalZOperation final : public moveAxisOperation {
 public:
     moveLocalZOperation(ox::refPtr<iViewRays> v, const oxGeo::matrix3d& c, double x, double y)
         : moveAxisOperation(std::move(v), c, 2, x, y) {}
 };
 
 /// In a plane of the working frame through its origin: T translates by current − start.
-class OX_GRAPHICS_API movePlaneOperation : public moveRotationOperation {
+class movePlaneOperation : public moveRotationOperation {
 public:
     oxGeo::vector3d travel() const { return mCurrent - mStart; }
 
@@ -109,17 +108,17 @@ protected:
 };
 
 /// The local XY plane, not conjugated.
-class OX_GRAPHICS_API moveLocalXYOperation final : public movePlaneOperation {
+class moveLocalXYOperation final : public movePlaneOperation {
 public:
     moveLocalXYOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 /// The world XY plane through the manipulator's origin, conjugated.
-class OX_GRAPHICS_API moveWorldXYOperation final : public movePlaneOperation {
+class moveWorldXYOperation final : public movePlaneOperation {
 public:
     moveWorldXYOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 /// The world XZ plane through the manipulator's origin; only the z of the hit counts. Conjugated.
-class OX_GRAPHICS_API moveWorldZOperation final : public movePlaneOperation {
+class moveWorldZOperation final : public movePlaneOperation {
 public:
     moveWorldZOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 
@@ -127,14 +126,14 @@ protected:
     oxGeo::matrix3d plainTransformation() const override;
 };
 /// The plane through the manipulator's origin facing the viewer (fixed at the start). Conjugated.
-class OX_GRAPHICS_API moveViewXYOperation final : public movePlaneOperation {
+class moveViewXYOperation final : public movePlaneOperation {
 public:
     moveViewXYOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 
 /// A keyboard step in the view plane: no update; T translates by the step of `dir` (screen
 /// right/up axes), conjugated.
-class OX_GRAPHICS_API moveViewXYFixedOperation final : public moveRotationOperation {
+class moveViewXYFixedOperation final : public moveRotationOperation {
 public:
     moveViewXYFixedOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, eMoveRotDirection dir,
                              double distance);
@@ -153,7 +152,7 @@ private:
 
 /// The angle swept about an axis through the working origin, measured in the plane
 /// perpendicular to it. T turns by current − start about that axis.
-class OX_GRAPHICS_API rotAxisOperation : public moveRotationOperation {
+class rotAxisOperation : public moveRotationOperation {
 public:
     ox::angle sweep() const { return mCurrent - mStart; }
     const oxGeo::vector3d& axis() const { return mAxis; }
@@ -172,22 +171,22 @@ protected:
 };
 
 /// About local Z through the origin, not conjugated.
-class OX_GRAPHICS_API rotLocalZOperation final : public rotAxisOperation {
+class rotLocalZOperation final : public rotAxisOperation {
 public:
     rotLocalZOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 /// About world Z through the manipulator's origin (the centre), conjugated.
-class OX_GRAPHICS_API rotWorldZOperation final : public rotAxisOperation {
+class rotWorldZOperation final : public rotAxisOperation {
 public:
     rotWorldZOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 /// About the view direction through the manipulator's origin: framed by the view's axes, conjugated.
-class OX_GRAPHICS_API rotViewZOperation final : public rotAxisOperation {
+class rotViewZOperation final : public rotAxisOperation {
 public:
     rotViewZOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double x, double y);
 };
 /// About `axis`, a direction in the local XY plane, through the origin; not conjugated.
-class OX_GRAPHICS_API rotXYOperation final : public rotAxisOperation {
+class rotXYOperation final : public rotAxisOperation {
 public:
     rotXYOperation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, const oxGeo::vector3d& axis, double x,
                    double y);
@@ -195,7 +194,7 @@ public:
 
 /// The tilt: a drag d in the local XY plane turns about Z × d through the origin by
 /// atan(|d| / radius). Not conjugated.
-class OX_GRAPHICS_API rotXY2Operation final : public movePlaneOperation {
+class rotXY2Operation final : public movePlaneOperation {
 public:
     rotXY2Operation(ox::refPtr<iViewRays> views, const oxGeo::matrix3d& placement, double radius, double x, double y);
 
@@ -208,7 +207,7 @@ private:
 
 /// A keyboard tilt: `degrees` towards the screen-style direction `dir` in the local XY plane
 /// (about Z × step through the origin); no update.
-class OX_GRAPHICS_API rotXYFixedOperation final : public moveRotationOperation {
+class rotXYFixedOperation final : public moveRotationOperation {
 public:
     rotXYFixedOperation(const oxGeo::matrix3d& placement, eMoveRotDirection dir, double degrees);
     bool update(double, double) override { return false; }
@@ -222,7 +221,7 @@ private:
 };
 
 /// A keyboard turn by `degrees` about the Z axis of the placement, through its origin; no update.
-class OX_GRAPHICS_API rotZFixedOperation final : public moveRotationOperation {
+class rotZFixedOperation final : public moveRotationOperation {
 public:
     rotZFixedOperation(const oxGeo::matrix3d& placement, double degrees);
     bool update(double, double) override { return false; }
@@ -252,8 +251,8 @@ struct operationSetup_t {
 
 /// The operation that `op` names, or null for values that name none (or need a step the setup
 /// cannot give: 4, 13 and 16 come from keyboard steps only, see moveRotationControl).
-OX_GRAPHICS_API std::unique_ptr<moveRotationOperation> createMoveRotationOperation(eMoveRotOperation op,
-                                                                                   const operationSetup_t& setup);
+std::unique_ptr<moveRotationOperation> createMoveRotationOperation(eMoveRotOperation op,
+                                                                   const operationSetup_t& setup);
 
 /// The code a host's beginSetTrafo/endSetTrafo receives for `op`: 1 for the Z rotation, 3 for the
 /// tilt, 0 otherwise.

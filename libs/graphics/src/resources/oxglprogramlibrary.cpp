@@ -70,7 +70,9 @@ glProgramLibrary* glProgramLibrary::forCurrentContext() {
 
 ox::directory glProgramLibrary::defaultShaderDirectory() {
     ox::directory moduleDirectory;
-    if (!ox::getModulePath(L"OxGraphics", moduleDirectory)) return {};
+    // Without libOxGraphics loaded the code was linked into the executable (the test suites link
+    // the library's sources statically); in the build tree bin/ sits next to lib/.
+    if (!ox::getModulePath(L"OxGraphics", moduleDirectory) && !ox::getModulePath(L"", moduleDirectory)) return {};
     return moduleDirectory.parent().append(L"config").append(L"shaders");
 }
 

@@ -1,5 +1,6 @@
 #include "glbackgroundpainter.h"
 
+#include "backgroundimagelayout.h"
 #include "glstate/glscopedstate.h"
 
 #include <GL/glew.h>
@@ -115,23 +116,8 @@ void glBackgroundPainter::paintImage(image_t& image, int width, int height) cons
                      GL_UNSIGNED_BYTE, image.pixels.data());
         image.dirty = false;
     }
+    const imageRect_t rect = backgroundImageRect(image.width, image.height, width, height, mSizing, mAlignment);
     const double vw = std::max(width, 1), vh = std::max(height, 1);
-    double w = vw, h = vh;
-    if (mSizing == 1) {
-        const double scale = std::min(vw / image.width, vh / image.height);
-        w = image.width * scale;
-        h = image.height * scale;
-    } else if (mSizing == 2) {
-        w = image.width;
-        h = image.height;
-    }
-    double left = (vw - w) / 2, bottom = (vh - h) / 2;
-    if (mSizing != 0) {
-        if (mAlignment == 1 || mAlignment == 3) left = 0;
-        if (mAlignment == 2 || mAlignment == 4) left = vw - w;
-        if (mAlignment == 1 || mAlignment == 2) bottom = vh - h;
-        if (mAlignment == 3 || mAlignment == 4) bottom = 0;
-    }
     auto ndcX = [&](double px) { return static_cast<float>(px / vw * 2 - 1); };
     auto ndcY = [&](double py) { return static_cast<float>(py / vh * 2 - 1); };
     glEnable(GL_TEXTURE_2D);
@@ -142,10 +128,10 @@ void glBackgroundPainter::paintImage(image_t& image, int width, int height) cons
     glColor4f(1.0f, 1.0f, 1.0f, static_cast<float>(1.0 - mImageTransparency));
     // Rows are stored top first, so texture row 0 goes to the top edge.
     glBegin(GL_QUADS);
-    glTexCoord2f(0, 1); glVertex2f(ndcX(left), ndcY(bottom));
-    glTexCoord2f(1, 1); glVertex2f(ndcX(left + w), ndcY(bottom));
-    glTexCoord2f(1, 0); glVertex2f(ndcX(left + w), ndcY(bottom + h));
-    glTexCoord2f(0, 0); glVertex2f(ndcX(left), ndcY(bottom + h));
+    glTexCoord2f(0, 1); glVertex2f(ndcX(rect.left), ndcY(rect.bottom));
+    glTexCoord2f(1, 1); glVertex2f(ndcX(rect.left + rect.width), ndcY(rect.bottom));
+    glTexCoord2f(1, 0); glVertex2f(ndcX(rect.left + rect.width), ndcY(rect.bottom + rect.height));
+    glTexCoord2f(0, 0); glVertex2f(ndcX(rect.left), ndcY(rect.bottom + rect.height));
     glEnd();
     glBindTexture(GL_TEXTURE_2D, 0);
 }

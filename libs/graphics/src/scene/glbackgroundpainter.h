@@ -7,7 +7,7 @@
 // GL state afterwards: as before the call, except the clear colour.
 #include "glstate/globjectname.h"
 #include "oxcolor.h"
-#include "oxglscreenquad.h"
+#include "resources/oxglscreenquad.h"
 #include "oxshader.h"
 
 #include <memory>

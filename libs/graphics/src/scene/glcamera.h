@@ -20,7 +20,7 @@ namespace oxGraphics::openGL {
 /// the host may draw. Every field is guarded by one mutex; applyModelView and the scene read a
 /// consistent copy through modelState(). The reference-returning getters are for the thread that
 /// owns the view.
-class OX_GRAPHICS_API glCamera final : public iCamera, public iSavedView, public ox::refObj {
+class glCamera final : public iCamera, public iSavedView, public ox::refObj {
 public:
     glCamera();
     glCamera(const glCamera& other);
@@ -97,12 +97,12 @@ private:
 
 /// The translation that keeps `pivot` at the same place on screen when the model rotation of
 /// `state` changes from `from` to `to` (the view after the model transform is unchanged).
-OX_GRAPHICS_API oxGeo::vector3d translationKeepingPivot(const cameraModelState_t& state, const oxGeo::quaternion& from,
-                                                        const oxGeo::quaternion& to, const oxGeo::point3d& pivot);
+oxGeo::vector3d translationKeepingPivot(const cameraModelState_t& state, const oxGeo::quaternion& from,
+                                        const oxGeo::quaternion& to, const oxGeo::point3d& pivot);
 
 /// Rotation, translation and scale interpolated at f in [0, 1] (rotation along the shorter
 /// way, normalised); f >= 1 gives `to` exactly.
-OX_GRAPHICS_API cameraModelState_t interpolateModelState(const cameraModelState_t& from, const cameraModelState_t& to,
-                                                         double f);
+cameraModelState_t interpolateModelState(const cameraModelState_t& from, const cameraModelState_t& to,
+                                         double f);
 
 } // namespace oxGraphics::openGL

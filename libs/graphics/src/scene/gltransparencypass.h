@@ -16,7 +16,7 @@
 
 #include "drawing/glrenderdrawer.h"
 #include "oxgeomatrix.h"
-#include "oxglscreenquad.h"
+#include "resources/oxglscreenquad.h"
 #include "oxshader.h"
 
 #include <functional>

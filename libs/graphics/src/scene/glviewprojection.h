@@ -2,7 +2,6 @@
 // The orthographic projection of one view and the conversions between window pixels, eye space
 // and world space. Window pixels count y downwards from the top-left corner, as mouse positions
 // do; pixel (x, y) names the point at the pixel's top-left corner.
-#include "oxgraphics_export.h"
 
 #include "oxgeomatrix.h"
 #include "oxgeopoint.h"
@@ -10,7 +9,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glViewProjection {
+class glViewProjection {
 public:
     /// The view size used when the first one given is not a positive number.
     static constexpr double kDefaultViewSize = 100.0;

@@ -1,7 +1,6 @@
 #pragma once
 // iScene: the interface through which the scene facade drives its renderer (glScene). The
 // operations keep a fixed slot order; the comment on each gives its slot.
-#include "oxgraphics_export.h"
 
 #include "oxcamera.h"
 #include "oxdrawable.h"
@@ -20,7 +19,7 @@
 
 namespace oxGraphics {
 
-class OX_GRAPHICS_API iScene : public virtual ox::iRefObj {
+class iScene : public virtual ox::iRefObj {
 public:
     virtual void initGfxApiState() = 0;                                                           // 3
     virtual void setupForPainting(int width, int height) = 0;                                     // 4

@@ -7,7 +7,7 @@
 #include "drawing/gldrawer.h"
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/glrenderdrawer.h"
-#include "oxglprogramlibrary.h"
+#include "resources/oxglprogramlibrary.h"
 #include "oxglshader.h"
 
 #include "oxlog.h"

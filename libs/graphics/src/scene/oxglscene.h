@@ -29,7 +29,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glScene final : public iScene, public iDrawerHost, public ox::refObj {
+class glScene final : public iScene, public iDrawerHost, public ox::refObj {
 public:
     /// A renderer for `context`; `presentToWindow` makes renderAfter swap buffers and lets a
     /// scene without multisampling draw straight into the window.

@@ -2,6 +2,7 @@
 #include "oxscene.h"
 
 #include "oxglscene.h"
+#include "pickchoice.h"
 
 #include "oxgeodtconvert.h"
 #include "oxlog.h"
@@ -288,29 +289,18 @@ void scene::pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox:
 
     const oxGeo::vector3d viewScale = mImplementation->cameraModelState().scale;
     OX_LOG_DEBUG(kPickLogger, L"viewscaling = %ls", oxGeo::dtconvert<ox::string, oxGeo::vector3d>(viewScale).c_str());
-    // The integer part, held to the depth range (a negative or huge scale would not fit).
-    const auto tolerance = static_cast<std::uint32_t>(std::clamp(hsize * 40000.0 * viewScale.z(), 0.0, 4294967295.0));
 
     const auto& preferred = mImplementation->preferredPickTypes();
-    const pickHit_t* best = nullptr;
-    std::uint32_t bestDepth = 0xFFFFFFFFu;
-    bool bestPreferred = false;
+    std::vector<pickCandidate_t> candidates;
+    candidates.reserve(hits.size());
     for (const auto& hit : hits) {
-        const std::uint32_t z = hit.minDepth;
         const iDrawable& drawable = *hit.drawable.get();
-        const bool isPreferred =
-            std::find(preferred.begin(), preferred.end(), typeid(drawable).name()) != preferred.end();
-        if (static_cast<std::uint32_t>(z - tolerance) < bestDepth) {
-            const std::uint32_t distance = z > bestDepth ? z - bestDepth : bestDepth - z;
-            if (distance < tolerance && !isPreferred && (bestPreferred || z >= bestDepth)) continue;
-            best = &hit;
-            bestDepth = z;
-            bestPreferred = isPreferred;
-        }
+        candidates.push_back(
+            {hit.minDepth, std::find(preferred.begin(), preferred.end(), typeid(drawable).name()) != preferred.end()});
     }
-    if (best != nullptr) {
+    if (const auto best = choosePick(candidates, pickDepthTolerance(hsize, viewScale.z()))) {
         OX_LOG_DEBUG(kPickLogger, L"topmost found");
-        result = best->drawable;
+        result = hits[*best].drawable;
     } else {
         OX_LOG_DEBUG(kPickLogger, L"no topmost found");
     }

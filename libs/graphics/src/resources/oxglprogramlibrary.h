@@ -24,7 +24,6 @@
 // host's, each get their own). With shaders off globally every lookup answers null and nothing
 // is built, so the renderer draws fixed-function.
 #include "oxfilesystem.h"
-#include "oxgraphics_export.h"
 #include "oxshader.h"
 
 #include <map>
@@ -36,7 +35,7 @@
 
 namespace oxGraphics::openGL {
 
-class OX_GRAPHICS_API glProgramLibrary {
+class glProgramLibrary {
 public:
     /// A library that reads installed shader files from `shaderDirectory` (which need not exist).
     explicit glProgramLibrary(const ox::directory& shaderDirectory);
@@ -49,7 +48,8 @@ public:
     /// defaultShaderDirectory(); null when no context is current. Libraries live until the
     /// process ends and never delete their programs (their context may be gone by then).
     static glProgramLibrary* forCurrentContext();
-    /// <directory of libOxGraphics>/../config/shaders; empty when the module cannot be found.
+    /// <directory of libOxGraphics>/../config/shaders (of the executable when the sources are
+    /// linked into it); empty when the module cannot be found.
     static ox::directory defaultShaderDirectory();
 
     /// The program of that name, built on first use with a context current. Null for an
@@ -77,6 +77,6 @@ private:
 };
 
 /// The program of that name for the current context's share group (null without a context).
-OX_GRAPHICS_API std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name);
+std::shared_ptr<shaderProgram> getShaderProgram(const std::string& name);
 
 } // namespace oxGraphics::openGL

@@ -2,7 +2,6 @@
 // The geometry of a screen quad: a vertex array object with the four corners (-1, -1) .. (1, 1)
 // as a vec2 at attribute location 0 and an index buffer of two triangles. Programs such as
 // "texturedScreenQuadShaderProgram" place and texture it.
-#include "oxgraphics_export.h"
 
 #include <cstdint>
 
@@ -11,7 +10,7 @@ namespace oxGraphics::openGL {
 /// Owns its vertex array and buffers in the context current at construction (vertex arrays are
 /// not shared between contexts). Like the other GL resources it deletes them only when that
 /// context is current; elsewhere the names stay with their context until it is destroyed.
-class OX_GRAPHICS_API glScreenQuad {
+class glScreenQuad {
 public:
     /// Creates the objects; the vertex-array and array-buffer bindings are left as found.
     glScreenQuad();
