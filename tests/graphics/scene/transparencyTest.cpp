@@ -140,16 +140,17 @@ TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
 
 TEST_F(transparencyTest, oneLayerBlendsAsFixedFunctionDoesAndTheFallbackSortsBackToFront) {
     // One transparent layer: the weighted average is that layer, blended like fixed function.
-    auto oneLayer = [](bool shaders) {
+    // Transparencies beyond 0..1 give alphas a fixed-point frame buffer clamps.
+    auto oneLayer = [](bool shaders, float transparency) {
         openGL::glShaderProgram::enableGlShadersGlobally(shaders);
         auto view = oxtest::makeScene(kSize, kSize, 0);
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 0}, 8, {0, 0, 255})));
-        view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 1}, 4, {255, 200, 0}, 0.3f)));
+        view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 1}, 4, {255, 200, 0}, transparency)));
         return frameOf(*view);
     };
-    const auto fixed = oneLayer(false);
-    const auto shaded = oneLayer(true);
-    EXPECT_LE(oxtest::compareImages(fixed, shaded).maxDelta, 3);
+    for (const float transparency : {0.3f, -0.5f, 1.5f})
+        EXPECT_LE(oxtest::compareImages(oneLayer(false, transparency), oneLayer(true, transparency)).maxDelta, 3)
+            << transparency;
 
     // Without shaders two boxes are blended far one first, whatever order the scene holds them in.
     openGL::glShaderProgram::enableGlShadersGlobally(false);

@@ -29,7 +29,9 @@ void writeFragment(vec4 color)
 #ifndef OX_BLENDED_OIT
     gl_FragData[0] = color;
 #else
-    float a = color.a;
+    // Alpha as a fixed-point frame buffer would take it: a transparency beyond 0..1 (or not a
+    // number) must not turn the sums and the product negative.
+    float a = isnan(color.a) ? 1.0 : clamp(color.a, 0.0, 1.0);
     float z = gl_FragCoord.z;
     float w = a * clamp(0.03 / (1e-5 + z * z * z * z), 1e-2, 3e2);
     gl_FragData[0] = vec4(color.rgb * w, a);
