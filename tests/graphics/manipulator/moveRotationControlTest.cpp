@@ -561,13 +561,7 @@ TEST_F(moveRotationControlTest, aConstantScreenSizeKeepsThePixelsButOperationsSt
 
 // --- the picture ------------------------------------------------------------------------------------------
 
-class moveRotationControlImageTest : public oxtest::glTest {
-protected:
-    void TearDown() override {
-        openGL::glShaderProgram::enableGlShadersGlobally(true);
-        oxtest::glTest::TearDown();
-    }
-};
+using moveRotationControlImageTest = oxtest::shaderSwitchTest;
 
 TEST_F(moveRotationControlImageTest, theHandleWithAHotRingMatchesItsReferenceOnBothShadingPaths) {
     for (const bool shaders : {false, true}) {

@@ -68,19 +68,7 @@ ox::refPtr<scene> makeWorkshopScene(int samples) {
     return view;
 }
 
-oxtest::rgbaImage renderFrame(scene& view) {
-    oxtest::paint(view);
-    std::unique_ptr<char[]> pixels(view.writeToBuffer());
-    return oxtest::imageOf(pixels.get(), kWidth, kHeight);
-}
-
-class sceneRenderTest : public oxtest::glTest {
-protected:
-    void TearDown() override {
-        openGL::glShaderProgram::enableGlShadersGlobally(true);
-        oxtest::glTest::TearDown();
-    }
-};
+using sceneRenderTest = oxtest::shaderSwitchTest;
 
 TEST_F(sceneRenderTest, framesMatchTheirReferenceOnBothShadingPaths) {
     for (const bool shaders : {false, true}) {
@@ -88,7 +76,7 @@ TEST_F(sceneRenderTest, framesMatchTheirReferenceOnBothShadingPaths) {
         std::vector<oxtest::rgbaImage> bySamples;
         for (const int samples : {0, 1, 4}) {
             auto view = makeWorkshopScene(samples);
-            const auto image = renderFrame(*view);
+            const auto image = oxtest::frameImage(*view);
             const std::string name = std::string("scene/workshop_") + (shaders ? "shader" : "fixed") + "_" +
                                      std::to_string(samples) + "samples";
             EXPECT_TRUE(oxtest::matchesReferenceImage(image, name, 24, 0.5)) << name;
@@ -100,9 +88,9 @@ TEST_F(sceneRenderTest, framesMatchTheirReferenceOnBothShadingPaths) {
     }
     // The shader reproduces the fixed-function light: the two paths differ only slightly.
     openGL::glShaderProgram::enableGlShadersGlobally(false);
-    const auto fixed = renderFrame(*makeWorkshopScene(4));
+    const auto fixed = oxtest::frameImage(*makeWorkshopScene(4));
     openGL::glShaderProgram::enableGlShadersGlobally(true);
-    const auto shaded = renderFrame(*makeWorkshopScene(4));
+    const auto shaded = oxtest::frameImage(*makeWorkshopScene(4));
     const auto difference = oxtest::compareImages(fixed, shaded);
     EXPECT_LT(difference.meanDelta, 1.0);
 }

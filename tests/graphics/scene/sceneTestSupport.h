@@ -1,6 +1,7 @@
 #pragma once
 // A scene on the shared test context and a small drawable to put in it.
 #include "oxdrawer.h"
+#include "oxglshader.h"
 #include "oxscene.h"
 
 #include "glTestFixture.h"
@@ -9,6 +10,7 @@
 #include "oxobservable.h"
 
 #include <atomic>
+#include <memory>
 #include <vector>
 
 namespace oxtest {
@@ -94,5 +96,21 @@ inline rgbaImage imageOf(const char* bgra, int width, int height) {
         }
     return image;
 }
+
+/// One whole frame, read back as an RGBA image, top row first.
+inline rgbaImage frameImage(oxGraphics::scene& view) {
+    paint(view);
+    std::unique_ptr<char[]> pixels(view.writeToBuffer());
+    return imageOf(pixels.get(), view.viewportWidth(), view.viewportHeight());
+}
+
+/// For tests that switch the shader path off: it is on again for the next test.
+class shaderSwitchTest : public glTest {
+protected:
+    void TearDown() override {
+        oxGraphics::openGL::glShaderProgram::enableGlShadersGlobally(true);
+        glTest::TearDown();
+    }
+};
 
 } // namespace oxtest

@@ -94,13 +94,7 @@ oxtest::rgbaImage render(const colourCase& c, bool shaders) {
     return oxtest::imageOf(pixels.get(), kSize, kSize);
 }
 
-class shaderColorTest : public oxtest::glTest {
-protected:
-    void TearDown() override {
-        openGL::glShaderProgram::enableGlShadersGlobally(true);
-        oxtest::glTest::TearDown();
-    }
-};
+using shaderColorTest = oxtest::shaderSwitchTest;
 
 TEST_F(shaderColorTest, everyColourOperationLooksAsWithFixedFunctionLighting) {
     const ox::rgbColor red(220, 40, 30), blue(40, 90, 230), green(60, 200, 80), back(230, 160, 40);

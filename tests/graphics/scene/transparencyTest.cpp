@@ -70,12 +70,6 @@ ox::refPtr<openGL::glScene> rendererOf(const ox::refPtr<scene>& view) {
     return ox::dynamicRefCast<openGL::glScene>(view->implementation());
 }
 
-oxtest::rgbaImage frameOf(scene& view) {
-    oxtest::paint(view);
-    std::unique_ptr<char[]> pixels(view.writeToBuffer());
-    return oxtest::imageOf(pixels.get(), view.viewportWidth(), view.viewportHeight());
-}
-
 // An opaque blue floor, with two overlapping transparent squares above it drawn in the order given.
 ox::refPtr<scene> overlapScene(int samples, bool redFirst) {
     auto view = oxtest::makeScene(kSize, kSize, samples);
@@ -87,13 +81,7 @@ ox::refPtr<scene> overlapScene(int samples, bool redFirst) {
     return view;
 }
 
-class transparencyTest : public oxtest::glTest {
-protected:
-    void TearDown() override {
-        openGL::glShaderProgram::enableGlShadersGlobally(true);
-        oxtest::glTest::TearDown();
-    }
-};
+using transparencyTest = oxtest::shaderSwitchTest;
 
 TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
     for (const int samples : {0, 1, 4, 8}) {
@@ -101,8 +89,8 @@ TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
         auto second = overlapScene(samples, false);
         // Nothing transparent has been drawn yet: the targets are only described.
         EXPECT_FALSE(rendererOf(first)->transparencyTargets().isAllocated());
-        const auto a = frameOf(*first);
-        const auto b = frameOf(*second);
+        const auto a = oxtest::frameImage(*first);
+        const auto b = oxtest::frameImage(*second);
         EXPECT_TRUE(rendererOf(first)->transparencyPass().lastPassWasOrderIndependent()) << samples;
         EXPECT_TRUE(rendererOf(first)->transparencyTargets().isAllocated());
         EXPECT_EQ(rendererOf(first)->transparencyTargets().accumDesc().numSamples,
@@ -132,7 +120,7 @@ TEST_F(transparencyTest, blendingDoesNotDependOnDrawingOrderAtAnySampleCount) {
     // layers do than where one does.
     auto view = overlapScene(0, true);
     rendererOf(view)->transparencyPass().setDebugView(openGL::eTransparencyDebugView::revealage);
-    const auto revealage = frameOf(*view);
+    const auto revealage = oxtest::frameImage(*view);
     EXPECT_EQ(revealage.at(2, 2)[0], 255);
     EXPECT_LT(revealage.at(kSize / 2, kSize / 2)[0], revealage.at(kSize / 2 - 12, kSize / 2)[0]);
     EXPECT_LT(revealage.at(kSize / 2 - 12, kSize / 2)[0], 255);
@@ -146,7 +134,7 @@ TEST_F(transparencyTest, oneLayerBlendsAsFixedFunctionDoesAndTheFallbackSortsBac
         auto view = oxtest::makeScene(kSize, kSize, 0);
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 0}, 8, {0, 0, 255})));
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 1}, 4, {255, 200, 0}, transparency)));
-        return frameOf(*view);
+        return oxtest::frameImage(*view);
     };
     for (const float transparency : {0.3f, -0.5f, 1.5f})
         EXPECT_LE(oxtest::compareImages(oneLayer(false, transparency), oneLayer(true, transparency)).maxDelta, 3)
@@ -159,7 +147,7 @@ TEST_F(transparencyTest, oneLayerBlendsAsFixedFunctionDoesAndTheFallbackSortsBac
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 0}, 8, {0, 0, 255})));
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({-1, 0, redNear ? 2.0 : 1.0}, 4, {255, 0, 0}, 0.5f)));
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({1, 0, redNear ? 1.0 : 2.0}, 4, {0, 255, 0}, 0.5f)));
-        const auto image = frameOf(*view);
+        const auto image = oxtest::frameImage(*view);
         EXPECT_FALSE(rendererOf(view)->transparencyPass().lastPassWasOrderIndependent());
         // The near colour lands last and keeps half its strength; the far one a quarter.
         const std::uint8_t* overlap = image.at(kSize / 2, kSize / 2);
@@ -176,7 +164,7 @@ TEST_F(transparencyTest, aSceneInAContextThatSharesNothingStillDrawsWithTheShade
         view->resize(kSize, kSize, 10.0, 0, 0, 0, 0);
         view->refreshFBOWithMultiSampling();
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 0}, 4, {255, 0, 0}, 0.5f)));
-        const auto image = frameOf(*view);
+        const auto image = oxtest::frameImage(*view);
         EXPECT_TRUE(rendererOf(view)->transparencyPass().lastPassWasOrderIndependent());
         return image;
     };
@@ -199,7 +187,7 @@ TEST_F(transparencyTest, transparentFacesLinesAndPointsOverOpaqueGeometryMatchTh
         // Drawn last, a wire frame leaves its polygon mode behind; the composite still fills.
         {square({-2, -2, 2}, 3), {}, {}, {255, 0, 255}, 0.5f, 1},
     })));
-    const auto image = frameOf(*view);
+    const auto image = oxtest::frameImage(*view);
     EXPECT_TRUE(rendererOf(view)->transparencyPass().lastPassWasOrderIndependent());
     EXPECT_TRUE(oxtest::matchesReferenceImage(image, "scene/transparency_4samples", 24, 0.5));
 }
