@@ -72,7 +72,7 @@ public:
     bool isModifyEnabled(const ox::refPtr<iDrawable>& drawable) const;
 
     // --- appearance ------------------------------------------------------------------------
-    /// Sets every colour slot whose bit (eColorId) is set in `colorIds`; bits above 32 are ignored.
+    /// Sets every colour slot whose bit (eColorId) is set in `colorIds`; bits above 64 are ignored.
     void setColor(const ox::rgbColor& color, unsigned int colorIds);
     ox::rgbColor color(eColorId slot) const;
     void setUseBackgroundImage(bool use, unsigned char* pixels, int width, int height, int format);

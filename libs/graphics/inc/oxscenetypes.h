@@ -19,7 +19,10 @@ enum eColorId : unsigned int {
     kColorAnnotation = 8,          ///< host annotations and text (default white)
     kColorSelection = 16,          ///< highlight of selected drawables (default (255, 255, 0))
     kColorModifyEnabled = 32,      ///< highlight of drawables the manipulator may move (default (255, 220, 0))
+    kColorOutsideBlank = 64,       ///< faces a cut volume cuts into a solid (default (230, 120, 40))
 };
+/// How many colour slots there are (the highest bit is 1 << (kColorSlotCount - 1)).
+constexpr int kColorSlotCount = 7;
 
 /// Codes of the events a scene fires to its observers.
 enum eSceneEvent : int {

@@ -62,14 +62,16 @@ TEST_F(sceneTest, eventsFollowTheForwardingTable) {
 TEST_F(sceneTest, colourSlotsAreABitMask) {
     auto view = oxtest::makeScene(32, 32, 0);
     using namespace oxGraphics;
-    const ox::rgbColor defaults[] = {{0, 78, 152}, {0, 78, 152}, {255, 255, 255}, {255, 255, 255}, {255, 255, 0}, {255, 220, 0}};
-    const eColorId slots[] = {kColorBackgroundTop, kColorBackgroundBottom, kColorOutline, kColorAnnotation,
-                              kColorSelection, kColorModifyEnabled};
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(view->color(slots[i]), defaults[i]) << "slot " << slots[i];
+    const ox::rgbColor defaults[] = {{0, 78, 152},  {0, 78, 152},  {255, 255, 255}, {255, 255, 255},
+                                     {255, 255, 0}, {255, 220, 0}, {230, 120, 40}};
+    const eColorId slots[] = {kColorBackgroundTop, kColorBackgroundBottom, kColorOutline,     kColorAnnotation,
+                              kColorSelection,     kColorModifyEnabled,    kColorOutsideBlank};
+    for (int i = 0; i < kColorSlotCount; ++i) EXPECT_EQ(view->color(slots[i]), defaults[i]) << "slot " << slots[i];
 
     const ox::rgbColor c(9, 8, 7);
-    view->setColor(c, 1 | 4 | 32 | 64);  // 64 is no slot
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(view->color(slots[i]), (i == 0 || i == 2 || i == 5) ? c : defaults[i]) << i;
+    view->setColor(c, 1 | 4 | 32 | 128);  // 128 is no slot
+    for (int i = 0; i < kColorSlotCount; ++i)
+        EXPECT_EQ(view->color(slots[i]), (i == 0 || i == 2 || i == 5) ? c : defaults[i]) << i;
     view->setColor({1, 1, 1}, 0);
     EXPECT_EQ(view->color(kColorBackgroundTop), c);
 }

@@ -26,12 +26,13 @@ constexpr const char* kRenderAfterLogger = "oxGraphics::openGL::glScene::renderA
 constexpr const char* kScreenLogger = "oxGraphics::openGL::glScene::drawTextureToDisplayScreen";
 constexpr const char* kResizeLogger = "oxGraphics::openGL::glScene::resize";
 
-constexpr std::array<ox::rgbColor, 6> kDefaultColors = {
+constexpr std::array<ox::rgbColor, kColorSlotCount> kDefaultColors = {
     ox::rgbColor(0, 78, 152),    ox::rgbColor(0, 78, 152),   ox::rgbColor(255, 255, 255),
-    ox::rgbColor(255, 255, 255), ox::rgbColor(255, 255, 0), ox::rgbColor(255, 220, 0)};
+    ox::rgbColor(255, 255, 255), ox::rgbColor(255, 255, 0), ox::rgbColor(255, 220, 0),
+    ox::rgbColor(230, 120, 40)};
 
 int slotIndex(unsigned int colorId) {
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < kColorSlotCount; ++i)
         if (colorId == (1u << i)) return i;
     return -1;
 }
@@ -138,7 +139,7 @@ void glScene::resizeOffset(int offsetFocusBeginWidth, int offsetFocusBeginHeight
 
 void glScene::setColor(const ox::rgbColor& color, unsigned int colorIds) {
     if (!contextAlive()) return;
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < kColorSlotCount; ++i)
         if (colorIds & (1u << i)) mColors[static_cast<std::size_t>(i)] = color;
 }
 

@@ -198,7 +198,7 @@ private:
     ox::refPtr<iDrawable> mModifiedDrawable;
     ox::refPtr<glCamera> mCamera;
     glViewProjection mProjection;
-    std::array<ox::rgbColor, 6> mColors;
+    std::array<ox::rgbColor, kColorSlotCount> mColors;
     glBackgroundPainter mBackground;
     std::vector<glScreenPass::rectangle_t> mRubberRects;
     std::vector<std::string> mPreferredPickTypes;
