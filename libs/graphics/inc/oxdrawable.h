@@ -13,7 +13,10 @@ class iDrawer;
 class shaderProgram;
 
 /// The pass a scene is running when it asks a drawable to draw. The library's own entities
-/// draw the same geometry in every pass; the drawer handed in carries what differs.
+/// draw the same geometry in every pass; the drawer handed in carries what differs. A frame hands
+/// them in this order: mask, opaque / selected / modifyEnabled / colorOverride, transparent,
+/// blurred, outline. Picking hands select. The effect passes (mask, blurred, outline) draw through
+/// an auxiliary render drawer whose auxTag() says which (eEffectTag in oxeffects.h).
 enum class eRendermode : int {
     opaque = 0,         ///< main pass through the render drawer (transparent colours are deferred)
     transparent = 1,    ///< second pass over the deferred transparent drawables, blending on
@@ -21,6 +24,10 @@ enum class eRendermode : int {
     modifyEnabled = 3,  ///< drawables the manipulator may move, through the modify highlight drawer
     select = 4,         ///< GL selection-mode picking through the select drawer
     auxiliary = 5,      ///< host-defined passes through a tagged auxiliary render drawer
+    mask = 6,           ///< the scene's mask drawables, into the mask (colours do not matter)
+    outline = 7,        ///< outlined drawables, into the outline's coverage (colours do not matter)
+    blurred = 8,        ///< blurred drawables, into the layer that is blurred
+    colorOverride = 9,  ///< drawables drawn in an overriding colour (opaque or transparent pass)
 };
 
 /// Slots after the reference counting: draw, invalidate, setTransformation.
@@ -44,7 +51,11 @@ public:
     virtual oxGeo::boundBox3d worldBoundingBox() const = 0;
 };
 
-/// A drawable made of several independently coloured parts.
+/// A drawable made of several independently coloured parts. Its parts stay told apart in every
+/// pass: where a frame marks a drawable with one highlight colour (selected, modifyEnabled), each
+/// part colour is mixed with the highlight instead (channel = round((highlight + part) / 2 * 0.85)),
+/// and a part already in the highlight colour shows it plainly. Only an overriding colour
+/// (drawableEffects_t) replaces them all.
 class OX_GRAPHICS_API iMultiColorDrawable : public virtual ox::iRefObj {
 public:
     virtual int colorCount() const = 0;

@@ -19,6 +19,7 @@
 
 #include "oxcamera.h"
 #include "oxdrawable.h"
+#include "oxeffects.h"
 #include "oxglcontext.h"
 #include "oxscenetypes.h"
 
@@ -82,6 +83,22 @@ public:
     void setBackgroundImageAlignment(int alignment);
     void setBackgroundImageTrans(double transparency);
     void setUseTransparentBackground(bool use);
+
+    // --- effects (oxeffects.h) -------------------------------------------------------------
+    /// The effects of one drawable, kept while the scene lives or until default effects are set
+    /// (removing the drawable with `forget` drops them too). Null drawables are ignored.
+    void setDrawableEffects(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t& effects);
+    /// Default effects for a drawable that has none.
+    drawableEffects_t drawableEffects(const ox::refPtr<iDrawable>& drawable) const;
+    /// Selection style, outline width, frame blur and mask mode. Widths and radii outside their
+    /// ranges are clamped into them.
+    void setSceneEffects(const sceneEffects_t& effects);
+    sceneEffects_t sceneEffects() const;
+    /// The mask: drawables drawn (with the frame's camera) only to say which pixels the mask
+    /// covers; the mask mode says whether those or the others are hidden. They are not drawn in
+    /// the frame themselves, need not be added to the scene and are not picked. Empty: no mask.
+    void setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables);
+    std::vector<ox::refPtr<iDrawable>> maskDrawables() const;
 
     // --- targets and frames ----------------------------------------------------------------
     void setMultisamples(int samples);

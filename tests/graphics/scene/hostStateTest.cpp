@@ -168,6 +168,16 @@ TEST_F(hostStateTest, aFrameAPickAndAReadBackLeaveOnlyTheDocumentedLeftovers) {
         view->refreshFBOWithMultiSampling();
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 0}, 6, {0, 0, 255})));
         view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({1, 1, 1}, 4, {255, 0, 0}, 0.5f)));
+        // Every effect pass runs too.
+        ox::refPtr<iDrawable> effected(new oxtest::testSquare({-1, -1, 2}, 3, {0, 255, 0}));
+        view->add(effected);
+        drawableEffects_t effects;
+        effects.outline = effects.blur = effects.multilayer = effects.overrideColors = true;
+        view->setDrawableEffects(effected, effects);
+        sceneEffects_t frameEffects;
+        frameEffects.blurFrame = true;
+        view->setSceneEffects(frameEffects);
+        view->setMaskDrawables({ox::refPtr<iDrawable>(new oxtest::testSquare({2, 2, 3}, 1, {0, 0, 0}))});
 
         const hostObjects_t host;
         const auto probes = hostState(host);

@@ -13,6 +13,9 @@
 // software rasteriser even when it is not taken):
 //   OX_BLENDED_OIT  the transparent pass: the fragment's share of the weighted blended average
 //                   instead of a colour (see writeFragment).
+//   OX_MULTILAYER_BLANK  a CAM blank in height layers: the material is the colour of the layer the
+//                   fragment's world height falls in, and faces looking along the layers' axis
+//                   (cosine beyond 0.99) take the top or bottom colour when that is enabled.
 
 in vec3 v_eyeNormal;
 in vec4 v_color;
@@ -45,6 +48,36 @@ vec3 unpackColor(float code)
     return vec3(float((bits >> 16) & 255), float((bits >> 8) & 255), float(bits & 255)) / 255.0;
 }
 
+#ifdef OX_MULTILAYER_BLANK
+const int kMaxLayers = 16;
+uniform vec3 u_layerAxis;                        // unit length
+uniform int u_numLayerDescriptions;              // layers in use, 0..kMaxLayers
+uniform vec4 u_layerDescriptions[kMaxLayers];    // from, to, packed colour, unused
+uniform vec3 u_packedTopBtmColorAndEnable;       // packed top colour, packed bottom colour, 1 = on
+in vec3 v_worldPosition;
+in vec3 v_worldNormal;
+
+vec3 blankMaterial(vec3 material)
+{
+    float height = dot(v_worldPosition, u_layerAxis);
+    for (int i = 0; i < u_numLayerDescriptions; ++i) {
+        vec4 layer = u_layerDescriptions[i];
+        if (height >= layer.x && height < layer.y) {
+            material = unpackColor(layer.z);
+            break;
+        }
+    }
+    if (u_packedTopBtmColorAndEnable.z > 0.5) {
+        float along = dot(v_worldNormal, u_layerAxis) * inversesqrt(max(dot(v_worldNormal, v_worldNormal), 1e-30));
+        if (along > 0.99)
+            material = unpackColor(u_packedTopBtmColorAndEnable.x);
+        else if (along < -0.99)
+            material = unpackColor(u_packedTopBtmColorAndEnable.y);
+    }
+    return material;
+}
+#endif
+
 void main()
 {
     bool front = gl_FrontFacing;
@@ -53,6 +86,9 @@ void main()
     float cosine = dot(v_eyeNormal, light) * inversesqrt(max(normalLengthSquared * dot(light, light), 1e-30));
     float diffuse = max(front ? cosine : -cosine, 0.0);
     vec3 material = (front || v_packedBackColor < 0.0) ? v_color.rgb : unpackColor(v_packedBackColor);
+#ifdef OX_MULTILAYER_BLANK
+    material = blankMaterial(material);
+#endif
     vec3 emission = front ? gl_FrontMaterial.emission.rgb : gl_BackMaterial.emission.rgb;
     vec3 lit = emission + material * (gl_LightModel.ambient.rgb + gl_LightSource[0].ambient.rgb
                                       + gl_LightSource[0].diffuse.rgb * diffuse);

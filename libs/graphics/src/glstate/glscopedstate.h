@@ -244,6 +244,18 @@ private:
     GLboolean mSaved = GL_TRUE;
 };
 
+/// The depth function, set to the wanted one for the scope.
+class glDepthFuncScope : glstate::glScope {
+public:
+    explicit glDepthFuncScope(GLenum function) : mSaved(static_cast<GLenum>(glstate::readInteger(GL_DEPTH_FUNC))) {
+        glDepthFunc(function);
+    }
+    ~glDepthFuncScope() { glDepthFunc(mSaved); }
+
+private:
+    GLenum mSaved;
+};
+
 /// The colour write mask, set to the wanted channels for the scope. The mask is saved as draw
 /// buffer 0 has it and restored on every draw buffer.
 class glColorMaskScope : glstate::glScope {

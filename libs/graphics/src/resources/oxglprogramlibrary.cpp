@@ -53,6 +53,16 @@ const std::vector<programRecipe>& recipes() {
           {ePipelineStage::fragment, "blendedOitDebugVis.frag.glsl"}}},
         {"backgroundShaderProgram",
          {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "background.frag.glsl"}}},
+        {"multilayerBlankShaderProgram",
+         {{ePipelineStage::vertex, "standardLighting.vert.glsl"},
+          {ePipelineStage::fragment, "standardLighting.frag.glsl"}},
+         "#define OX_MULTILAYER_BLANK 1\n"},
+        {"coverageMaskShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "coverageMask.frag.glsl"}}},
+        {"outlineRingShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "outlineRing.frag.glsl"}}},
+        {"gaussianBlurShaderProgram",
+         {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "gaussianBlur.frag.glsl"}}},
     };
     return table;
 }

@@ -2,7 +2,48 @@
 
 #include "oxlog.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
 namespace oxGraphics::openGL {
+namespace {
+
+// A colour as 0xRRGGBB in a float, as the standard program unpacks it (exact up to 2^24).
+float packedColor(const ox::rgbColor& c) {
+    return static_cast<float>((c.red() << 16) | (c.green() << 8) | c.blue());
+}
+
+// Column-major floats, as glUniformMatrix4fv takes them without transposing.
+std::array<float, 16> columnMajor(const oxGeo::matrix3d& m) {
+    std::array<float, 16> out{};
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r) out[static_cast<std::size_t>(c * 4 + r)] = static_cast<float>(m(r, c));
+    return out;
+}
+
+// Mixes the part colours of a multi-colour drawable with the highlight for one draw.
+class highlightMixScope {
+public:
+    highlightMixScope(glHighlightDrawer& drawer, const ox::refPtr<iDrawable>& drawable)
+        : mDrawer(drawer), mActive(dynamic_cast<iMultiColorDrawable*>(drawable.get()) != nullptr) {
+        if (!mActive) return;
+        mDrawer.setMixColors(true);
+        mDrawer.setExemptColor(mDrawer.highlightColor());  // a part already in the highlight shows it plainly
+    }
+    ~highlightMixScope() {
+        if (mActive) mDrawer.setMixColors(false);
+    }
+    highlightMixScope(const highlightMixScope&) = delete;
+    highlightMixScope& operator=(const highlightMixScope&) = delete;
+
+private:
+    glHighlightDrawer& mDrawer;
+    bool mActive;
+};
+
+} // namespace
 
 void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode, shaderProgram* program) {
     drawer.setCurrentDrawable(drawable);
@@ -15,26 +56,95 @@ void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRend
     drawer.popMatrix();
 }
 
-void glOpaquePass::draw(const frameContent_t& content, shaderProgram* program) {
+void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects) {
+    if (!program) return;
+    if (!effects || !effects->overrideColors) {
+        program->setUniformFloat("u_overrideWeight", 0.0f);
+        return;
+    }
+    const ox::rgbColor& c = effects->overrideColor;
+    program->setUniformFloat4("u_overrideColor", c.red() / 255.0f, c.green() / 255.0f, c.blue() / 255.0f,
+                              1.0f - effects->overrideTransparency);
+    program->setUniformFloat("u_overrideWeight", 1.0f);
+}
+
+void glOpaquePass::draw(const frameContent_t& content, const programs_t& programs, const oxGeo::matrix3d& worldToEye) {
+    shaderProgram* program = programs.standard;
     if (program) {
         program->setUniformInt("u_maskTexture", 1);
         program->setUniformInt("u_isSelected", 0);
         program->setUniformInt("u_packedTopBtmColorAndEnable", 0);
         program->setUniformInt("u_numLayerDescriptions", 0);
         program->setUniformInt("u_forceColorFromVertexAttrib", 0);
+        program->setUniformFloat("u_overrideWeight", 0.0f);
     }
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified) continue;
-        if (content.selection.contains(drawable)) {
-            if (program) program->setUniformInt("u_isSelected", 1);
-            drawDrawable(mSelection, drawable, eRendermode::selected, program);
-            if (program) program->setUniformInt("u_isSelected", 0);
+        const drawableEffects_t* effects = content.effectsOf(drawable);
+        if (effects && effects->blur && content.blurApart) continue;
+
+        glDrawer* drawer = &mRender;
+        eRendermode mode = eRendermode::opaque;
+        glHighlightDrawer* highlight = nullptr;
+        if (content.highlightsSelection() && content.selection.contains(drawable)) {
+            highlight = &mSelection;
+            mode = eRendermode::selected;
         } else if (content.modifyEnabled.contains(drawable)) {
-            drawDrawable(mModifyEnabled, drawable, eRendermode::modifyEnabled, program);
-        } else {
-            drawDrawable(mRender, drawable, eRendermode::opaque, program);
+            highlight = &mModifyEnabled;
+            mode = eRendermode::modifyEnabled;
+        } else if (effects && effects->overrideColors) {
+            mOverride.setOverride(effects->overrideColor, effects->overrideTransparency);
+            drawer = &mOverride;
+            mode = eRendermode::colorOverride;
         }
+        if (highlight) drawer = highlight;
+        const bool overrides = mode == eRendermode::colorOverride;
+
+        std::optional<highlightMixScope> mix;
+        if (highlight) mix.emplace(*highlight, drawable);
+        if (effects && effects->multilayer && programs.multilayer) {
+            drawMultilayer(*drawer, drawable, mode, *effects, programs, worldToEye);
+            continue;
+        }
+        if (program && mode == eRendermode::selected) program->setUniformInt("u_isSelected", 1);
+        if (overrides) applyColorOverride(program, effects);
+        drawDrawable(*drawer, drawable, mode, program);
+        if (overrides) applyColorOverride(program, nullptr);
+        if (program && mode == eRendermode::selected) program->setUniformInt("u_isSelected", 0);
     }
+}
+
+void glOpaquePass::drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode,
+                                  const drawableEffects_t& effects, const programs_t& programs,
+                                  const oxGeo::matrix3d& worldToEye) {
+    shaderProgram& blank = *programs.multilayer;
+    const multilayerBlank_t& layers = effects.blank;
+    oxGeo::matrix3d eyeToWorld;
+    if (!worldToEye.inverse(eyeToWorld)) eyeToWorld = oxGeo::matrix3d();
+    oxGeo::vector3d axis = layers.axis;
+    const double length = axis.length();
+    axis = (std::isfinite(length) && length > 0.0) ? axis * (1.0 / length) : oxGeo::vector3d(0.0, 0.0, 1.0);
+
+    std::array<float, 4 * multilayerBlank_t::kMaxLayers> descriptions{};
+    const int count = static_cast<int>(std::min<std::size_t>(layers.layers.size(), multilayerBlank_t::kMaxLayers));
+    for (int i = 0; i < count; ++i) {
+        const blankLayer_t& layer = layers.layers[static_cast<std::size_t>(i)];
+        descriptions[static_cast<std::size_t>(4 * i)] = static_cast<float>(layer.from);
+        descriptions[static_cast<std::size_t>(4 * i + 1)] = static_cast<float>(layer.to);
+        descriptions[static_cast<std::size_t>(4 * i + 2)] = packedColor(layer.color);
+    }
+    blank.activate();
+    blank.setUniformMat4("u_eyeToWorld", columnMajor(eyeToWorld).data());
+    blank.setUniformMat4("u_worldToEye", columnMajor(worldToEye).data());
+    blank.setUniformFloat3("u_layerAxis", static_cast<float>(axis.x()), static_cast<float>(axis.y()),
+                           static_cast<float>(axis.z()));
+    blank.setUniformInt("u_numLayerDescriptions", count);
+    if (count > 0) blank.setUniformVec4Array("u_layerDescriptions", count, descriptions.data());
+    blank.setUniformFloat3("u_packedTopBtmColorAndEnable", packedColor(layers.top), packedColor(layers.bottom),
+                           layers.colorTopAndBottom ? 1.0f : 0.0f);
+    applyColorOverride(&blank, mode == eRendermode::colorOverride ? &effects : nullptr);
+    drawDrawable(drawer, drawable, mode, &blank);
+    if (programs.standard) programs.standard->activate();
 }
 
 } // namespace oxGraphics::openGL

@@ -1,16 +1,30 @@
 #pragma once
-// The opaque pass of a frame: every drawable but the one being modified interactively, the
-// selected ones through the selection highlight drawer and the modify-enabled ones through
-// theirs. The render drawer holds back whatever sets a transparent colour, for the transparent
-// pass.
+// The opaque pass of a frame: every drawable but the one being modified interactively, each
+// through the drawer its state calls for. The render drawers hold back whatever sets a
+// transparent colour, for the transparent pass.
+//
+// Which drawer and which mode, first match:
+//   selected (unless the selection style is outline only)  selection highlight drawer, selected
+//   modify-enabled                                         modify highlight drawer, modifyEnabled
+//   overriding colour                                      override-colour drawer, colorOverride
+//   otherwise                                              render drawer, opaque
+// A multi-colour drawable in a highlight drawer has its part colours mixed with the highlight.
+// A multilayer blank is drawn with the multilayer program instead of the standard one. Blurred
+// drawables are left to the blur pass when there is one.
 #include "drawing/glhighlightdrawer.h"
+#include "drawing/gloverridecolordrawer.h"
 #include "drawing/glrenderdrawer.h"
+#include "oxeffects.h"
+#include "oxgeomatrix.h"
 #include "oxshader.h"
 
+#include <map>
 #include <set>
 #include <vector>
 
 namespace oxGraphics::openGL {
+
+using drawableEffectsMap = std::map<ox::refPtr<iDrawable>, drawableEffects_t>;
 
 /// What a frame draws and how each drawable is marked.
 struct frameContent_t {
@@ -18,25 +32,48 @@ struct frameContent_t {
     const std::set<ox::refPtr<iDrawable>>& selection;
     const std::set<ox::refPtr<iDrawable>>& modifyEnabled;
     const ox::refPtr<iDrawable>& modified;  ///< drawn by its manipulator, not here
+    const drawableEffectsMap& effects;
+    eSelectionStyle selectionStyle = eSelectionStyle::highlight;
+    bool blurApart = false;  ///< blurred drawables are drawn by the blur pass
+
+    /// The drawable's effects, or null when it has none.
+    const drawableEffects_t* effectsOf(const ox::refPtr<iDrawable>& drawable) const {
+        if (effects.empty()) return nullptr;
+        const auto found = effects.find(drawable);
+        return found == effects.end() ? nullptr : &found->second;
+    }
+    bool highlightsSelection() const { return selectionStyle != eSelectionStyle::outline; }
 };
 
 /// One drawable between a push and a pop of the model-view matrix, so a placement it multiplies
 /// on stays its own. A drawable that throws is logged and skipped; the frame goes on.
 void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode, shaderProgram* program);
 
+/// Sets the standard program's colour override for `effects` (null or no override: off).
+void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects);
+
 class glOpaquePass {
 public:
-    glOpaquePass(glRenderDrawer& render, glHighlightDrawer& selection, glHighlightDrawer& modifyEnabled)
-        : mRender(render), mSelection(selection), mModifyEnabled(modifyEnabled) {}
+    struct programs_t {
+        shaderProgram* standard = nullptr;    ///< active on entry and on exit; null: fixed function
+        shaderProgram* multilayer = nullptr;  ///< "multilayerBlankShaderProgram"
+    };
 
-    /// `program` is the active standard program or null (fixed function); its uniforms for the
-    /// pass are set here.
-    void draw(const frameContent_t& content, shaderProgram* program);
+    glOpaquePass(glRenderDrawer& render, glHighlightDrawer& selection, glHighlightDrawer& modifyEnabled,
+                 glOverrideColorDrawer& overrideColor)
+        : mRender(render), mSelection(selection), mModifyEnabled(modifyEnabled), mOverride(overrideColor) {}
+
+    /// `worldToEye` is the camera's transform (the multilayer program measures heights in world space).
+    void draw(const frameContent_t& content, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
 
 private:
+    void drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode,
+                        const drawableEffects_t& effects, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
+
     glRenderDrawer& mRender;
     glHighlightDrawer& mSelection;
     glHighlightDrawer& mModifyEnabled;
+    glOverrideColorDrawer& mOverride;
 };
 
 } // namespace oxGraphics::openGL

@@ -4,6 +4,7 @@
 
 #include "oxcamera.h"
 #include "oxdrawable.h"
+#include "oxeffects.h"
 #include "oxglcontext.h"
 #include "oxscenetypes.h"
 
@@ -125,6 +126,15 @@ public:
     virtual ox::rgbColor color(unsigned int colorId) const = 0;                                   // 77
     /// Whether frames have a complete place to go (see scene::targetsComplete).
     virtual bool targetsComplete() const = 0;                                                     // 78
+    /// Effects of one drawable; default effects remove its entry.
+    virtual void setDrawableEffects(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t& effects) = 0; // 79
+    virtual drawableEffects_t drawableEffects(const ox::refPtr<iDrawable>& drawable) const = 0;  // 80
+    /// Effects of the whole frame; values out of range are clamped.
+    virtual void setSceneEffects(const sceneEffects_t& effects) = 0;                              // 81
+    virtual sceneEffects_t sceneEffects() const = 0;                                              // 82
+    /// Drawables that make the frame's mask; empty for none. They are not drawn in the frame.
+    virtual void setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables) = 0;       // 83
+    virtual std::vector<ox::refPtr<iDrawable>> maskDrawables() const = 0;                         // 84
 };
 
 } // namespace oxGraphics

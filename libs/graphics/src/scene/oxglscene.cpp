@@ -4,6 +4,7 @@
 #include "glpixelreadback.h"
 
 #include "glopaquepass.h"
+#include "glstate/glscopedstate.h"
 #include "drawing/gldrawer.h"
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/glrenderdrawer.h"
@@ -19,6 +20,24 @@
 #include <cstring>
 
 namespace oxGraphics::openGL {
+
+// The programs of a frame, from the library of the current context's share group (each built
+// on first use there). A program that does not exist stays null and its part of the frame is
+// drawn fixed-function.
+struct framePrograms_t {
+    shaderProgram* standard = nullptr;
+    shaderProgram* standardBlended = nullptr;
+    shaderProgram* outline = nullptr;
+    shaderProgram* oit2d = nullptr;
+    shaderProgram* screenQuad = nullptr;
+    shaderProgram* oitDebug = nullptr;
+    shaderProgram* background = nullptr;
+    shaderProgram* multilayer = nullptr;
+    shaderProgram* coverageMask = nullptr;
+    shaderProgram* outlineRing = nullptr;
+    shaderProgram* blur = nullptr;
+};
+
 namespace {
 
 constexpr const char* kRenderBeforeLogger = "oxGraphics::openGL::glScene::renderBefore";
@@ -37,19 +56,6 @@ int slotIndex(unsigned int colorId) {
     return -1;
 }
 
-// The programs of a frame, from the library of the current context's share group (each built
-// on first use there). A program that does not exist stays null and its part of the frame is
-// drawn fixed-function.
-struct framePrograms_t {
-    shaderProgram* standard = nullptr;
-    shaderProgram* standardBlended = nullptr;
-    shaderProgram* outline = nullptr;
-    shaderProgram* oit2d = nullptr;
-    shaderProgram* screenQuad = nullptr;
-    shaderProgram* oitDebug = nullptr;
-    shaderProgram* background = nullptr;
-};
-
 framePrograms_t framePrograms() {
     glProgramLibrary* library =
         glShaderProgram::areGlShadersEnabledGlobally() ? glProgramLibrary::forCurrentContext() : nullptr;
@@ -60,7 +66,11 @@ framePrograms_t framePrograms() {
             library->program("blendedOit2dShaderProgram").get(),
             library->program("texturedScreenQuadShaderProgram").get(),
             library->program("blendedOitDebugVisShaderProgram").get(),
-            library->program("backgroundShaderProgram").get()};
+            library->program("backgroundShaderProgram").get(),
+            library->program("multilayerBlankShaderProgram").get(),
+            library->program("coverageMaskShaderProgram").get(),
+            library->program("outlineRingShaderProgram").get(),
+            library->program("gaussianBlurShaderProgram").get()};
 }
 
 } // namespace
@@ -80,12 +90,18 @@ glScene::~glScene() {
         mScreen.abandon();
         mTransparencyPass.abandon();
         mBackground.abandon();
+        mMaskPass.abandon();
+        mOutlinePass.abandon();
+        mBlurPass.abandon();
         return;
     }
     mTargets.release();
     mScreen.release();
     mTransparencyPass.release();
     mBackground.release();
+    mMaskPass.release();
+    mOutlinePass.release();
+    mBlurPass.release();
 }
 
 // ---- state set-up ----------------------------------------------------------------------------
@@ -189,6 +205,7 @@ void glScene::remove(const ox::refPtr<iDrawable>& drawable, bool forget) {
     if (forget) {
         mSelection.erase(drawable);
         mModifyEnabled.erase(drawable);
+        mEffects.erase(drawable);
     }
 }
 
@@ -199,6 +216,34 @@ void glScene::clear() {
     mSelection.clear();
     mModifyEnabled.clear();
     mModifiedDrawable.reset();
+    mEffects.clear();
+}
+
+// ---- effects -----------------------------------------------------------------------------------
+
+void glScene::setDrawableEffects(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t& effects) {
+    if (!contextAlive() || !drawable) return;
+    if (effects.any()) mEffects[drawable] = effects;
+    else mEffects.erase(drawable);
+}
+
+drawableEffects_t glScene::drawableEffects(const ox::refPtr<iDrawable>& drawable) const {
+    const auto found = mEffects.find(drawable);
+    return found == mEffects.end() ? drawableEffects_t{} : found->second;
+}
+
+void glScene::setSceneEffects(const sceneEffects_t& effects) {
+    if (!contextAlive()) return;
+    mSceneEffects = effects;
+    mSceneEffects.outlineWidth = std::clamp(effects.outlineWidth, 1, 16);
+    mSceneEffects.blurRadius = std::clamp(effects.blurRadius, 1, 32);
+}
+
+void glScene::setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables) {
+    if (!contextAlive()) return;
+    mMaskDrawables.clear();
+    for (const auto& drawable : drawables)
+        if (drawable) mMaskDrawables.push_back(drawable);
 }
 
 void glScene::addBoundBoxProvider(const ox::refPtr<iBoundBoxProvider>& provider) {
@@ -277,6 +322,7 @@ void glScene::draw() {
     glRenderDrawer render(this);
     glHighlightDrawer selectionDrawer(this, mColors[4]);
     glHighlightDrawer modifyDrawer(this, mColors[5]);
+    glOverrideColorDrawer overrideDrawer(this);
 
     // 3. No program; a cleared stencil, its writes masked off again.
     if (shaders) glUseProgram(0);
@@ -288,21 +334,79 @@ void glScene::draw() {
     glDisable(GL_STENCIL_TEST);
     glStencilMask(0);
 
+    // The mask hides parts of the frame before anything but the background is drawn there.
+    mMaskPass.apply(mMaskDrawables, mSceneEffects.maskMode, {programs.outline, programs.coverageMask}, this,
+                    mViewportWidth, mViewportHeight);
+
     // 4. and 5. Opaque pass.
     shaderProgram* program = programs.standard;
     if (program) program->activate();
-    const frameContent_t content{mDrawables, mSelection, mModifyEnabled, mModifiedDrawable};
-    glOpaquePass(render, selectionDrawer, modifyDrawer).draw(content, program);
+    const bool blurApart = programs.standard && programs.blur;
+    // Without the outline's programs a selection is always highlighted.
+    const eSelectionStyle style =
+        programs.outline && programs.outlineRing ? mSceneEffects.selectionStyle : eSelectionStyle::highlight;
+    const frameContent_t content{mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, mEffects, style, blurApart};
+    glOpaquePass(render, selectionDrawer, modifyDrawer, overrideDrawer)
+        .draw(content, {program, programs.multilayer}, modelView());
 
-    // 6. Transparent pass: the drawables the render drawer held back.
-    mTransparencyPass.draw(render, render.deferredDrawables(), {program, programs.standardBlended, programs.oit2d, programs.oitDebug},
-                           modelView(), mViewportWidth, mViewportHeight, [&](const ox::refPtr<iDrawable>& drawable) {
-                               drawDrawable(render, drawable, eRendermode::transparent, program);
-                           });
-    render.setCurrentDrawable({});
+    // 6. Transparent pass: what the render drawers held back.
+    drawTransparent(render, overrideDrawer, content, programs);
+
+    // Effects over the finished frame: blurred drawables, outlines, then the frame's own blur.
+    drawEffects(content, programs);
 
     // 7. Rubber rectangles.
     glScreenPass::drawRectangles(mRubberRects, mViewportWidth, mViewportHeight);
+}
+
+void glScene::drawTransparent(glRenderDrawer& render, glOverrideColorDrawer& overrideDrawer,
+                              const frameContent_t& content, const framePrograms_t& programs) {
+    glRenderDrawer::deferredSet deferred = render.deferredDrawables();
+    const glRenderDrawer::deferredSet& overridden = overrideDrawer.deferredDrawables();
+    deferred.insert(overridden.begin(), overridden.end());
+    const auto activeProgram = [&]() -> shaderProgram* {
+        const GLuint current = glstate::readName(GL_CURRENT_PROGRAM);
+        for (shaderProgram* candidate : {programs.standard, programs.standardBlended})
+            if (candidate && current != 0 && candidate->handle() == current) return candidate;
+        return nullptr;
+    };
+    overrideDrawer.beginTransparentPass(false);  // its colours apply now; the pass sets the GL state
+    mTransparencyPass.draw(render, deferred,
+                           {programs.standard, programs.standardBlended, programs.oit2d, programs.oitDebug}, modelView(),
+                           mViewportWidth, mViewportHeight, [&](const ox::refPtr<iDrawable>& drawable) {
+                               shaderProgram* active = activeProgram();
+                               if (!overridden.contains(drawable)) {
+                                   drawDrawable(render, drawable, eRendermode::transparent, active);
+                                   return;
+                               }
+                               const drawableEffects_t* effects = content.effectsOf(drawable);
+                               if (effects)
+                                   overrideDrawer.setOverride(effects->overrideColor, effects->overrideTransparency);
+                               applyColorOverride(active, effects);
+                               drawDrawable(overrideDrawer, drawable, eRendermode::colorOverride, active);
+                               applyColorOverride(active, nullptr);
+                           });
+    overrideDrawer.endTransparentPass(false);
+    render.setCurrentDrawable({});
+    overrideDrawer.setCurrentDrawable({});
+}
+
+void glScene::drawEffects(const frameContent_t& content, const framePrograms_t& programs) {
+    if (!programs.standard) return;  // the effects need shaders; the frame above is what shows
+    std::vector<ox::refPtr<iDrawable>> blurred, outlined;
+    for (const auto& drawable : content.drawables) {
+        if (drawable == content.modified) continue;
+        const drawableEffects_t* effects = content.effectsOf(drawable);
+        if (effects && effects->blur) blurred.push_back(drawable);
+        const bool selectedOutline =
+            content.selectionStyle != eSelectionStyle::highlight && content.selection.contains(drawable);
+        if (selectedOutline || (effects && effects->outline)) outlined.push_back(drawable);
+    }
+    mBlurPass.drawBlurred(blurred, mSceneEffects.blurRadius, {programs.standard, programs.blur}, this, mViewportWidth,
+                          mViewportHeight);
+    mOutlinePass.draw(outlined, mColors[2], mSceneEffects.outlineWidth, {programs.outline, programs.outlineRing}, this,
+                      mViewportWidth, mViewportHeight);
+    if (mSceneEffects.blurFrame) mBlurPass.blurFrame(mSceneEffects.blurRadius, programs.blur, mViewportWidth, mViewportHeight);
 }
 
 void glScene::setRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) {

@@ -15,6 +15,10 @@
 #include "gloffscreentargets.h"
 #include "glscreenpass.h"
 #include "gltransparencypass.h"
+#include "glopaquepass.h"
+#include "effects/glblurpass.h"
+#include "effects/glmaskpass.h"
+#include "effects/gloutlinepass.h"
 #include "glviewprojection.h"
 
 #include "oxgltexturemanager.h"
@@ -28,6 +32,9 @@
 #include <vector>
 
 namespace oxGraphics::openGL {
+
+/// The shader programs of one frame (null members: that part is drawn fixed-function).
+struct framePrograms_t;
 
 class glScene final : public iScene, public iDrawerHost, public ox::refObj {
 public:
@@ -147,6 +154,12 @@ public:
     std::vector<ox::refPtr<iDrawable>> drawables() const override { return mDrawables; }
     ox::rgbColor color(unsigned int colorId) const override;
     bool targetsComplete() const override;
+    void setDrawableEffects(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t& effects) override;
+    drawableEffects_t drawableEffects(const ox::refPtr<iDrawable>& drawable) const override;
+    void setSceneEffects(const sceneEffects_t& effects) override;
+    sceneEffects_t sceneEffects() const override { return mSceneEffects; }
+    void setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables) override;
+    std::vector<ox::refPtr<iDrawable>> maskDrawables() const override { return mMaskDrawables; }
 
     // iDrawerHost
     const ox::string& sceneName() const override { return mName; }
@@ -170,6 +183,11 @@ private:
     bool makeCurrent() const { return mContext && mContext->makeCurrent(); }
     bool contextAlive() const { return mContext && mContext->isValid(); }
     void setupLights();
+    /// The transparent pass over what the render and override-colour drawers held back.
+    void drawTransparent(glRenderDrawer& render, glOverrideColorDrawer& overrideDrawer, const frameContent_t& content,
+                         const framePrograms_t& programs);
+    /// Blurred drawables, outlines and the frame's blur (shader path only).
+    void drawEffects(const frameContent_t& content, const framePrograms_t& programs);
     void bringTransparencyTargets(int samples);
     oxGeo::matrix3d modelView() const { return mCamera->modelViewMatrix(); }
     /// The window point at the centre of the usable view area.
@@ -207,6 +225,12 @@ private:
     glOffscreenTargets mTargets;
     glTransparencyPass mTransparencyPass{mTextureManager};
     glScreenPass mScreen;
+    drawableEffectsMap mEffects;
+    sceneEffects_t mSceneEffects;
+    std::vector<ox::refPtr<iDrawable>> mMaskDrawables;
+    glMaskPass mMaskPass;
+    glOutlinePass mOutlinePass;
+    glBlurPass mBlurPass;
 };
 
 } // namespace oxGraphics::openGL

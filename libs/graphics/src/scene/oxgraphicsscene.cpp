@@ -78,10 +78,28 @@ void scene::addToModifyEnabled(const ox::refPtr<iDrawable>& d) { mImplementation
 void scene::removeFromModifyEnabled(const ox::refPtr<iDrawable>& d) { mImplementation->setModifyEnabled(d, false); }
 bool scene::isModifyEnabled(const ox::refPtr<iDrawable>& d) const { return mImplementation->isModifyEnabled(d); }
 
+void scene::setDrawableEffects(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t& effects) {
+    mImplementation->setDrawableEffects(drawable, effects);
+    fireSceneChanged();
+}
+drawableEffects_t scene::drawableEffects(const ox::refPtr<iDrawable>& drawable) const {
+    return mImplementation->drawableEffects(drawable);
+}
+void scene::setSceneEffects(const sceneEffects_t& effects) {
+    mImplementation->setSceneEffects(effects);
+    fireSceneChanged();
+}
+sceneEffects_t scene::sceneEffects() const { return mImplementation->sceneEffects(); }
+void scene::setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables) {
+    mImplementation->setMaskDrawables(drawables);
+    fireSceneChanged();
+}
+std::vector<ox::refPtr<iDrawable>> scene::maskDrawables() const { return mImplementation->maskDrawables(); }
+
 // ---- appearance ------------------------------------------------------------------------------
 
 void scene::setColor(const ox::rgbColor& color, unsigned int colorIds) {
-    mImplementation->setColor(color, colorIds & 63u);
+    mImplementation->setColor(color, colorIds & ((1u << kColorSlotCount) - 1u));
     fireSceneChanged();
 }
 ox::rgbColor scene::color(eColorId slot) const { return mImplementation->color(slot); }
