@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -232,6 +233,42 @@ TEST_F(effectsTest, eachPassHandsItsModeAndTag) {
         EXPECT_EQ(plain->passes, (std::vector<pass>{{eRendermode::opaque, 0}, select}));
         EXPECT_EQ(picked.get(), static_cast<ox::iRefObj*>(plain.get()));
     }
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(effectsTest, hostileSettingsAreClampedOrIgnoredAndDrawCleanly) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    sceneParts_t s = effectsScene();
+    sceneEffects_t frame{eSelectionStyle::highlightAndOutline, -5, true, 100000, static_cast<eMaskMode>(7)};
+    s.view->setSceneEffects(frame);
+    EXPECT_EQ(s.view->sceneEffects().outlineWidth, 1);
+    EXPECT_EQ(s.view->sceneEffects().blurRadius, 32);
+
+    drawableEffects_t wild;
+    wild.outline = wild.blur = wild.multilayer = wild.overrideColors = true;
+    wild.overrideTransparency = std::numeric_limits<float>::quiet_NaN();
+    wild.blank.axis = {nan, inf, 0};
+    wild.blank.layers.assign(40, blankLayer_t{nan, inf, {1, 2, 3}});
+    s.view->setDrawableEffects(s.box, wild);
+    s.view->setDrawableEffects({}, wild);  // no drawable: ignored
+    ox::refPtr<iDrawable> stranger(new oxtest::testSquare({0, 0, 0}, 1, {0, 0, 0}));
+    s.view->setDrawableEffects(stranger, wild);  // not in the scene: kept, never drawn
+    s.view->setMaskDrawables({ox::refPtr<iDrawable>(), s.square});
+    EXPECT_EQ(s.view->maskDrawables().size(), 1u);
+    s.view->addToSelection(s.square);
+    oxtest::paint(*s.view);  // the fixture fails the test on any GL error
+
+    s.view->resize(0, 0, 10.0, 0, 0, 0, 0);  // no viewport: the effect targets cannot be made
+    oxtest::paint(*s.view);
+
+    s.view->setDrawableEffects(s.box, {});  // default effects remove the entry
+    EXPECT_FALSE(s.view->drawableEffects(s.box).any());
+    s.view->remove(stranger, true);
+    EXPECT_FALSE(s.view->drawableEffects(stranger).any());
 }
 
 } // namespace
