@@ -23,8 +23,9 @@ constexpr int kSize = 96;
 // A flat square of two coloured halves that writes down every pass it is drawn in.
 class twoToneSquare : public iDrawable, public iMultiColorDrawable, public ox::refObj {
 public:
-    twoToneSquare(const oxGeo::point3d& centre, double side, ox::rgbColor left, ox::rgbColor right)
-        : mColors{left, right} {
+    twoToneSquare(const oxGeo::point3d& centre, double side, ox::rgbColor left, ox::rgbColor right,
+                  float transparency = 0.0f)
+        : mColors{left, right}, mTransparency(transparency) {
         const double h = side / 2;
         for (int half = 0; half < 2; ++half) {
             const double x0 = centre.x() - h + half * h, x1 = x0 + h;
@@ -37,7 +38,7 @@ public:
     bool draw(iDrawer* drawer, eRendermode mode, shaderProgram*) override {
         passes.emplace_back(mode, drawer->auxTag());
         for (int half = 0; half < 2; ++half) {
-            drawer->setColor(mColors[half], 0.0f);
+            drawer->setColor(mColors[half], mTransparency);
             drawer->drawMesh(mHalves[half], 0);
         }
         return true;
@@ -53,6 +54,7 @@ public:
 private:
     oxGeo::mesh3d mHalves[2];
     ox::rgbColor mColors[2];
+    float mTransparency;
 };
 
 // A grey closed box, 4 × 3 × 2, centred at `centre`.
@@ -201,6 +203,8 @@ TEST_F(effectsTest, eachPassHandsItsModeAndTag) {
             return s;
         };
         auto selectedOutlined = square(-3), blurred = square(-1), overridden = square(1), plain = square(3);
+        ox::refPtr<twoToneSquare> glass(new twoToneSquare({0, -3, 0}, 1, {0, 255, 0}, {0, 255, 0}, 0.5f));
+        view->add(glass);
         ox::refPtr<twoToneSquare> mask(new twoToneSquare({0, 4, 0}, 1, {0, 0, 0}, {0, 0, 0}));
         view->setSceneEffects({eSelectionStyle::highlightAndOutline});
         view->addToSelection(selectedOutlined);
@@ -231,6 +235,7 @@ TEST_F(effectsTest, eachPassHandsItsModeAndTag) {
         }
         EXPECT_EQ(overridden->passes, (std::vector<pass>{{eRendermode::colorOverride, 0}, select}));
         EXPECT_EQ(plain->passes, (std::vector<pass>{{eRendermode::opaque, 0}, select}));
+        EXPECT_EQ(glass->passes, (std::vector<pass>{{eRendermode::opaque, 0}, {eRendermode::transparent, 0}, select}));
         EXPECT_EQ(picked.get(), static_cast<ox::iRefObj*>(plain.get()));
     }
 }
