@@ -81,7 +81,7 @@ bool scene::isModifyEnabled(const ox::refPtr<iDrawable>& d) const { return mImpl
 // ---- appearance ------------------------------------------------------------------------------
 
 void scene::setColor(const ox::rgbColor& color, unsigned int colorIds) {
-    mImplementation->setColor(color, colorIds & 63u);
+    mImplementation->setColor(color, colorIds & ((1u << kColorSlotCount) - 1u));
     fireSceneChanged();
 }
 ox::rgbColor scene::color(eColorId slot) const { return mImplementation->color(slot); }
