@@ -53,6 +53,8 @@ const std::vector<programRecipe>& recipes() {
           {ePipelineStage::fragment, "blendedOitDebugVis.frag.glsl"}}},
         {"backgroundShaderProgram",
          {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "background.frag.glsl"}}},
+        {"csgCutFaceShaderProgram",
+         {{ePipelineStage::vertex, "standardLighting.vert.glsl"}, {ePipelineStage::fragment, "csgCutFace.frag.glsl"}}},
     };
     return table;
 }

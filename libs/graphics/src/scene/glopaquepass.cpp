@@ -24,7 +24,7 @@ void glOpaquePass::draw(const frameContent_t& content, shaderProgram* program) {
         program->setUniformInt("u_forceColorFromVertexAttrib", 0);
     }
     for (const auto& drawable : content.drawables) {
-        if (drawable == content.modified) continue;
+        if (drawable == content.modified || (content.leftOut && content.leftOut->contains(drawable))) continue;
         if (content.selection.contains(drawable)) {
             if (program) program->setUniformInt("u_isSelected", 1);
             drawDrawable(mSelection, drawable, eRendermode::selected, program);

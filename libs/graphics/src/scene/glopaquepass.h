@@ -18,6 +18,7 @@ struct frameContent_t {
     const std::set<ox::refPtr<iDrawable>>& selection;
     const std::set<ox::refPtr<iDrawable>>& modifyEnabled;
     const ox::refPtr<iDrawable>& modified;  ///< drawn by its manipulator, not here
+    const std::set<ox::refPtr<iDrawable>>* leftOut = nullptr;  ///< drawn by a later pass (cut solids and volumes)
 };
 
 /// One drawable between a push and a pop of the model-view matrix, so a placement it multiplies

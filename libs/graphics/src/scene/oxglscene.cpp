@@ -3,6 +3,7 @@
 #include "glframelights.h"
 #include "glpixelreadback.h"
 
+#include "glcsgpass.h"
 #include "glopaquepass.h"
 #include "drawing/gldrawer.h"
 #include "drawing/glhighlightdrawer.h"
@@ -291,8 +292,10 @@ void glScene::draw() {
     // 4. and 5. Opaque pass.
     shaderProgram* program = programs.standard;
     if (program) program->activate();
-    const frameContent_t content{mDrawables, mSelection, mModifyEnabled, mModifiedDrawable};
+    const glCsgPass::participants_t cut = glCsgPass::collect(mDrawables, mModifiedDrawable);
+    const frameContent_t content{mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, &cut.members};
     glOpaquePass(render, selectionDrawer, modifyDrawer).draw(content, program);
+    glCsgPass(render, selectionDrawer, modifyDrawer).draw(cut, content, program, color(kColorOutsideBlank));
 
     // 6. Transparent pass: the drawables the render drawer held back.
     mTransparencyPass.draw(render, render.deferredDrawables(), {program, programs.standardBlended, programs.oit2d, programs.oitDebug},

@@ -1,0 +1,269 @@
+// The cut pass: a box stock with a pocket, a through hole and a hole drilled into its front face.
+#include "sceneTestSupport.h"
+
+#include "resources/oxglprogramlibrary.h"
+#include "scene/glcsgpass.h"
+
+#include "oxgeomeshfactory.h"
+#include "oxgeopolylinefactory.h"
+
+#include <GL/glew.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <set>
+#include <string>
+#include <vector>
+#include <stdexcept>
+
+namespace {
+
+using namespace oxGraphics;
+using oxGeo::point3d;
+
+const ox::rgbColor kStock(150, 160, 175);
+const ox::rgbColor kOutsideBlank(200, 100, 50);
+const ox::rgbColor kBackground(20, 30, 40);
+
+class csgPart : public iDrawable, public iBoundBoxProvider, public ox::refObj {
+public:
+    bool draw(iDrawer* drawer, eRendermode, shaderProgram*) override { return emit(drawer); }
+    void invalidate() override {}
+    void setTransformation(const oxGeo::matrix3d& m) override { mPlacement = m; }
+    oxGeo::boundBox3d worldBoundingBox() const override { return mMesh.boundingBox(); }
+
+    oxGeo::mesh3d mMesh;
+    oxGeo::matrix3d mPlacement;
+    bool mThrows = false;
+
+protected:
+    bool emit(iDrawer* drawer) {
+        if (mThrows) throw std::runtime_error("broken part");
+        drawer->setColor(kStock, 0.0f);
+        drawer->multMatrix(mPlacement);
+        drawer->drawMesh(mMesh, 0);
+        return true;
+    }
+};
+
+class stock : public csgPart, public iCsgSolid {
+public:
+    stock() { oxGeo::meshfactory::appendBoxMesh(6, 4, 2, mMesh, true); }
+    bool drawCsgSolid(iDrawer* drawer) override { return emit(drawer); }
+};
+
+/// A cylinder along Z from z0 to z1; `capped` false leaves it open (not closed).
+class cutter : public csgPart, public iCsgVolume {
+public:
+    cutter(double x, double y, double radius, double z0, double z1, bool capped = true) {
+        oxGeo::polyline3d bottom, top;
+        oxGeo::polylinefactory::generateCircularPolyline(radius, 0.002, {x, y, z0}, bottom);
+        oxGeo::polylinefactory::generateCircularPolyline(radius, 0.002, {x, y, z1}, top);
+        oxGeo::meshfactory::appendRuledMesh(bottom, top, mMesh, true, false);
+        if (!capped) return;
+        oxGeo::meshfactory::appendRuledMesh(point3d(x, y, z0), bottom, mMesh, true, false);
+        oxGeo::meshfactory::appendRuledMesh(point3d(x, y, z1), top, mMesh, true, true);
+    }
+    bool drawCsgVolume(iDrawer* drawer) override { return emit(drawer); }
+};
+
+std::vector<ox::refPtr<iDrawable>> gAdded;  // every part added, in order
+
+template <class part, class... args> ox::refPtr<part> add(scene& view, args&&... a) {
+    ox::refPtr<part> p(new part(std::forward<args>(a)...));
+    gAdded.emplace_back(p.get());
+    view.add(gAdded.back());
+    return p;
+}
+
+// The stock with its three cuts; the front hole lies along Y, turned into place by its placement.
+ox::refPtr<scene> makeCutScene(int samples) {
+    gAdded.clear();
+    auto view = oxtest::makeScene(160, 120, samples);
+    view->setColor(kBackground, kColorBackgroundTop | kColorBackgroundBottom);
+    view->setColor(kOutsideBlank, kColorOutsideBlank);
+    add<stock>(*view);
+    add<cutter>(*view, -1.5, 0.0, 1.2, 0.5, 1.5);   // pocket, half deep
+    add<cutter>(*view, 1.6, 0.0, 0.7, -1.5, 1.5);   // through hole
+    auto front = add<cutter>(*view, 0.0, 0.2, 0.5, 1.0, 2.5);  // turned to enter the front face 1 deep
+    front->mPlacement.setToRotation(ox::angle::fromDegree(90), {1, 0, 0});
+    return view;
+}
+
+oxtest::rgba8 pixelAt(const oxtest::rgbaImage& image, const oxGeo::point2d& p) {
+    const auto* c = image.at(static_cast<int>(std::lround(p.x())), static_cast<int>(std::lround(p.y())));
+    return {c[0], c[1], c[2], c[3]};
+}
+
+// Each channel of `colour` times `share`, within one step of rounding either way.
+void expectShareOf(const oxtest::rgba8& seen, const ox::rgbColor& colour, double share, const char* what) {
+    const int expected[] = {colour.red(), colour.green(), colour.blue()};
+    for (int c = 0; c < 3; ++c) EXPECT_NEAR(seen[c], expected[c] * share, 1.5) << what << " channel " << c;
+}
+
+using csgPassTest = oxtest::shaderSwitchTest;
+
+TEST_F(csgPassTest, cutStockMatchesItsReferencesAndLightsCutFacesBetweenFloorAndFull) {
+    struct view_t {
+        const char* name;
+        void (*set)(scene&);
+    };
+    const view_t views[] = {
+        {"top", [](scene& v) { v.setTopView(false, {}, {}, {0, 1, 0}); }},
+        {"iso", [](scene& v) { v.setFrontRightView(false, {}, {}); }},
+        {"front", [](scene& v) { v.setFrontView(false, {}, {}); }},
+    };
+    for (const auto& [name, set] : views) {
+        auto view = makeCutScene(4);
+        set(*view);
+        view->zoomAll();
+        const auto image = oxtest::frameImage(*view);
+        const std::string reference = std::string("scene/csg_stock_") + name + "_shader_4samples";
+        EXPECT_TRUE(oxtest::matchesReferenceImage(image, reference, 24, 0.5)) << reference;
+        if (std::string(name) == "top") {
+            // The pocket's floor faces the light: the full share. Through the hole: the background.
+            expectShareOf(pixelAt(image, view->worldToWinCoordinates({-1.5, 0.4, 0.5})), kOutsideBlank,
+                          openGL::glCsgPass::kCutFaceFull, "pocket floor, top");
+            expectShareOf(pixelAt(image, view->worldToWinCoordinates({1.6, 0.0, 1.0})), kBackground, 1.0, "hole");
+        }
+    }
+    // Seen at 60 degrees from its normal, the floor takes floor + (full - floor) * cos 60.
+    for (const bool shaders : {true, false}) {
+        openGL::glShaderProgram::enableGlShadersGlobally(shaders);
+        auto view = makeCutScene(4);
+        view->setCustomViewDirection(0, std::sin(std::numbers::pi / 3), -0.5, false, {});
+        view->zoomAll();
+        const auto image = oxtest::frameImage(*view);
+        constexpr double floor = openGL::glCsgPass::kCutFaceFloor, full = openGL::glCsgPass::kCutFaceFull;
+        expectShareOf(pixelAt(image, view->worldToWinCoordinates({-1.5, 0.0, 0.5})), kOutsideBlank,
+                      floor + (full - floor) * 0.5, shaders ? "oblique floor, shader" : "oblique floor, fixed");
+    }
+    // Fixed function shows the same cut.
+    auto fixedView = makeCutScene(4);
+    fixedView->setFrontRightView(false, {}, {});
+    fixedView->zoomAll();
+    const auto fixed = oxtest::frameImage(*fixedView);
+    EXPECT_TRUE(oxtest::matchesReferenceImage(fixed, "scene/csg_stock_iso_fixed_4samples", 24, 0.5));
+    openGL::glShaderProgram::enableGlShadersGlobally(true);
+    auto shadedView = makeCutScene(4);
+    shadedView->setFrontRightView(false, {}, {});
+    shadedView->zoomAll();
+    EXPECT_LT(oxtest::compareImages(fixed, oxtest::frameImage(*shadedView)).meanDelta, 1.0);
+}
+
+// The frame's state as the pass finds it, with the pieces it changes set unlike their defaults.
+std::vector<double> passState() {
+    const GLenum queries[] = {GL_STENCIL_TEST, GL_DEPTH_CLAMP, GL_CULL_FACE, GL_POLYGON_OFFSET_FILL, GL_DEPTH_TEST,
+                              GL_DEPTH_FUNC, GL_DEPTH_WRITEMASK, GL_CULL_FACE_MODE, GL_FRONT_FACE,
+                              GL_POLYGON_OFFSET_FACTOR, GL_POLYGON_OFFSET_UNITS, GL_STENCIL_FUNC, GL_STENCIL_REF,
+                              GL_STENCIL_VALUE_MASK, GL_STENCIL_FAIL, GL_STENCIL_PASS_DEPTH_FAIL,
+                              GL_STENCIL_PASS_DEPTH_PASS, GL_STENCIL_WRITEMASK, GL_STENCIL_BACK_FUNC,
+                              GL_STENCIL_BACK_REF, GL_STENCIL_BACK_VALUE_MASK, GL_STENCIL_BACK_FAIL,
+                              GL_STENCIL_BACK_PASS_DEPTH_FAIL, GL_STENCIL_BACK_PASS_DEPTH_PASS,
+                              GL_STENCIL_BACK_WRITEMASK, GL_STENCIL_CLEAR_VALUE, GL_CURRENT_PROGRAM,
+                              GL_LIGHT_MODEL_AMBIENT, GL_COLOR_WRITEMASK};
+    std::vector<double> values;
+    for (const GLenum query : queries) {
+        GLdouble v[4] = {0, 0, 0, 0};
+        glGetDoublev(query, v);
+        values.insert(values.end(), v, v + 4);
+    }
+    for (const GLenum light : {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR}) {
+        GLfloat v[4] = {0, 0, 0, 0};
+        glGetLightfv(GL_LIGHT0, light, v);
+        values.insert(values.end(), v, v + 4);
+    }
+    GLfloat emission[4] = {0, 0, 0, 0};
+    glGetMaterialfv(GL_FRONT, GL_EMISSION, emission);
+    values.insert(values.end(), emission, emission + 4);
+    return values;
+}
+
+TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
+    for (const bool shaders : {true, false}) {
+        openGL::glShaderProgram::enableGlShadersGlobally(shaders);
+        auto view = makeCutScene(0);
+        view->setFrontRightView(false, {}, {});
+        view->zoomAll();
+        oxtest::paint(*view);  // the camera's matrices and the frame's lights
+        glClearColor(0, 0, 0, 1);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glPolygonOffset(3.0f, 2.0f);
+        glCullFace(GL_FRONT_AND_BACK);
+        glFrontFace(GL_CW);
+        glEnable(GL_DEPTH_CLAMP);
+        glStencilFuncSeparate(GL_FRONT, GL_NOTEQUAL, 3, 0x0F);
+        glStencilFuncSeparate(GL_BACK, GL_GEQUAL, 5, 0xF0);
+        glStencilOpSeparate(GL_FRONT, GL_INVERT, GL_ZERO, GL_REPLACE);
+        glStencilOpSeparate(GL_BACK, GL_INCR, GL_DECR, GL_INVERT);
+        glClearStencil(7);
+        // What the pass is driven with in a frame: a render drawer and two highlight drawers.
+        const std::vector<ox::refPtr<iDrawable>> drawables = gAdded;
+        const std::set<ox::refPtr<iDrawable>> none;
+        const ox::refPtr<iDrawable> modified;
+        const auto participants = openGL::glCsgPass::collect(drawables, modified);
+        ASSERT_TRUE(participants.active());
+        EXPECT_EQ(participants.members.size(), 4u);
+        const openGL::frameContent_t content{drawables, none, none, modified, &participants.members};
+        openGL::glRenderDrawer render(nullptr);
+        openGL::glHighlightDrawer selection(nullptr, {255, 255, 0}), modify(nullptr, {255, 220, 0});
+        auto* library = shaders ? openGL::glProgramLibrary::forCurrentContext() : nullptr;
+        shaderProgram* standard = library ? library->program("standardLightingShaderProgram").get() : nullptr;
+        if (standard) standard->activate();
+        const auto before = passState();
+        openGL::glCsgPass(render, selection, modify).draw(participants, content, standard, kOutsideBlank);
+        EXPECT_EQ(passState(), before) << shaders;
+        EXPECT_NE(oxtest::readPixel(80, 60), oxtest::readPixel(1, 1)) << "the pass drew nothing";
+        glUseProgram(0);
+        glDisable(GL_DEPTH_CLAMP);
+        glPolygonOffset(0, 0);
+        glCullFace(GL_BACK);
+        glFrontFace(GL_CCW);
+        glStencilFunc(GL_ALWAYS, 0, 0xFF);
+        glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
+        glClearStencil(0);
+    }
+    openGL::glShaderProgram::enableGlShadersGlobally(true);
+
+    // Without volumes a solid is an ordinary drawable; volumes without solids are never drawn.
+    const auto frameOf = [](auto fill) {
+        auto view = oxtest::makeScene(96, 72, 4);
+        view->setFrontRightView(false, {}, {});
+        view->resize(96, 72, 8.0, 0, 0, 0, 0);
+        fill(*view);
+        return oxtest::frameImage(*view);
+    };
+    const auto plain = frameOf([](scene& v) {
+        auto part = add<csgPart>(v);
+        oxGeo::meshfactory::appendBoxMesh(6, 4, 2, part->mMesh, true);
+    });
+    EXPECT_EQ(frameOf([](scene& v) { add<stock>(v); }).pixels, plain.pixels);
+    EXPECT_EQ(frameOf([](scene& v) { add<cutter>(v, 0.0, 0.0, 1.0, -1.0, 1.0); }).pixels,
+              frameOf([](scene&) {}).pixels);
+}
+
+TEST_F(csgPassTest, brokenSolidsAndVolumesAreSurvivedAndSelectedSolidsHighlighted) {
+    auto view = makeCutScene(4);
+    view->setTopView(false, {}, {}, {0, 1, 0});
+    view->zoomAll();
+    const point3d stockTop(-2.5, 1.5, 1.0);
+    add<cutter>(*view, 2.5, 1.5, 0.3, 0.0, 1.5, false);  // open: no caps
+    add<cutter>(*view, 0.0, 0.0, 0.3, 0.0, 1.5)->mThrows = true;
+    oxGeo::matrix3d notANumber;
+    notANumber(0, 0) = std::numeric_limits<double>::quiet_NaN();
+    add<cutter>(*view, 0.0, -1.0, 0.3, 0.0, 1.5)->setTransformation(notANumber);
+    auto brokenSolid = add<stock>(*view);
+    brokenSolid->mThrows = true;
+    const auto image = oxtest::frameImage(*view);
+    const oxtest::rgba8 uncut = pixelAt(image, view->worldToWinCoordinates(stockTop));
+    EXPECT_GT(uncut[2], uncut[0]) << "the stock is still drawn in its colour";
+
+    view->addToSelection(gAdded.front());
+    const oxtest::rgba8 selected = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));
+    EXPECT_GT(selected[1], 200) << "selection yellow";
+    EXPECT_LT(selected[2], 60) << "selection yellow";
+}
+
+} // namespace
