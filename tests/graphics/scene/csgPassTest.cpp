@@ -105,108 +105,95 @@ void expectShareOf(const oxtest::rgba8& seen, const ox::rgbColor& colour, double
 
 using csgPassTest = oxtest::shaderSwitchTest;
 
-TEST_F(csgPassTest, cutStockMatchesItsReferencesAndLightsCutFacesBetweenFloorAndFull) {
-    struct view_t {
-        const char* name;
-        void (*set)(scene&);
-    };
-    const view_t views[] = {
-        {"top", [](scene& v) { v.setTopView(false, {}, {}, {0, 1, 0}); }},
-        {"iso", [](scene& v) { v.setFrontRightView(false, {}, {}); }},
-        {"front", [](scene& v) { v.setFrontView(false, {}, {}); }},
-    };
-    for (const auto& [name, set] : views) {
-        auto view = makeCutScene(4);
-        set(*view);
-        view->zoomAll();
-        const auto image = oxtest::frameImage(*view);
-        const std::string reference = std::string("scene/csg_stock_") + name + "_shader_4samples";
-        EXPECT_TRUE(oxtest::matchesReferenceImage(image, reference, 24, 0.5)) << reference;
-        if (std::string(name) == "top") {
-            // The pocket's floor faces the light: the full share. Through the hole: the background.
-            expectShareOf(pixelAt(image, view->worldToWinCoordinates({-1.5, 0.4, 0.5})), kOutsideBlank,
-                          openGL::glCsgPass::kCutFaceFull, "pocket floor, top");
-            expectShareOf(pixelAt(image, view->worldToWinCoordinates({1.6, 0.0, 1.0})), kBackground, 1.0, "hole");
-        }
+oxtest::rgbaImage cutFrame(void (*setView)(scene&), const std::string& reference = {}) {
+    auto view = makeCutScene(4);
+    setView(*view);
+    view->zoomAll();
+    const auto image = oxtest::frameImage(*view);
+    if (!reference.empty()) {
+        EXPECT_TRUE(oxtest::matchesReferenceImage(image, "scene/csg_stock_" + reference, 24, 0.5));
     }
-    // Seen at 60 degrees from its normal, the floor takes floor + (full - floor) * cos 60.
-    for (const bool shaders : {true, false}) {
-        openGL::glShaderProgram::enableGlShadersGlobally(shaders);
-        auto view = makeCutScene(4);
-        view->setCustomViewDirection(0, std::sin(std::numbers::pi / 3), -0.5, false, {});
-        view->zoomAll();
-        const auto image = oxtest::frameImage(*view);
-        constexpr double floor = openGL::glCsgPass::kCutFaceFloor, full = openGL::glCsgPass::kCutFaceFull;
-        expectShareOf(pixelAt(image, view->worldToWinCoordinates({-1.5, 0.0, 0.5})), kOutsideBlank,
-                      floor + (full - floor) * 0.5, shaders ? "oblique floor, shader" : "oblique floor, fixed");
-    }
-    // Fixed function shows the same cut.
-    auto fixedView = makeCutScene(4);
-    fixedView->setFrontRightView(false, {}, {});
-    fixedView->zoomAll();
-    const auto fixed = oxtest::frameImage(*fixedView);
-    EXPECT_TRUE(oxtest::matchesReferenceImage(fixed, "scene/csg_stock_iso_fixed_4samples", 24, 0.5));
-    openGL::glShaderProgram::enableGlShadersGlobally(true);
-    auto shadedView = makeCutScene(4);
-    shadedView->setFrontRightView(false, {}, {});
-    shadedView->zoomAll();
-    EXPECT_LT(oxtest::compareImages(fixed, oxtest::frameImage(*shadedView)).meanDelta, 1.0);
+    return image;
 }
 
-// The frame's state as the pass finds it, with the pieces it changes set unlike their defaults.
+void topView(scene& v) { v.setTopView(false, {}, {}, {0, 1, 0}); }
+void isoView(scene& v) { v.setFrontRightView(false, {}, {}); }
+void frontView(scene& v) { v.setFrontView(false, {}, {}); }
+// 60 degrees off the vertical: a face turned up has a cosine of 0.5 to the head light.
+void obliqueView(scene& v) { v.setCustomViewDirection(0, std::sin(std::numbers::pi / 3), -0.5, false, {}); }
+
+TEST_F(csgPassTest, cutStockMatchesItsReferencesAndLightsCutFacesBetweenFloorAndFull) {
+    constexpr double floor = openGL::glCsgPass::kCutFaceFloor, full = openGL::glCsgPass::kCutFaceFull;
+    auto view = makeCutScene(4);  // the same camera as cutFrame's, to find points in the images
+    topView(*view);
+    view->zoomAll();
+    const auto top = cutFrame(topView, "top_shader_4samples");
+    expectShareOf(pixelAt(top, view->worldToWinCoordinates({-1.5, 0.4, 0.5})), kOutsideBlank, full, "pocket floor");
+    expectShareOf(pixelAt(top, view->worldToWinCoordinates({1.6, 0.0, 1.0})), kBackground, 1.0, "through the hole");
+    const auto iso = cutFrame(isoView, "iso_shader_4samples");
+    cutFrame(frontView, "front_shader_4samples");
+    obliqueView(*view);
+    view->zoomAll();
+    const auto floorPixel = view->worldToWinCoordinates({-1.5, 0.0, 0.5});
+    expectShareOf(pixelAt(cutFrame(obliqueView), floorPixel), kOutsideBlank, floor + (full - floor) * 0.5, "shader");
+
+    openGL::glShaderProgram::enableGlShadersGlobally(false);
+    expectShareOf(pixelAt(cutFrame(obliqueView), floorPixel), kOutsideBlank, floor + (full - floor) * 0.5, "fixed");
+    EXPECT_LT(oxtest::compareImages(cutFrame(isoView, "iso_fixed_4samples"), iso).meanDelta, 1.0);
+}
+
+// Everything the pass changes, with the light and material it lights cut faces with.
 std::vector<double> passState() {
-    const GLenum queries[] = {GL_STENCIL_TEST, GL_DEPTH_CLAMP, GL_CULL_FACE, GL_POLYGON_OFFSET_FILL, GL_DEPTH_TEST,
-                              GL_DEPTH_FUNC, GL_DEPTH_WRITEMASK, GL_CULL_FACE_MODE, GL_FRONT_FACE,
-                              GL_POLYGON_OFFSET_FACTOR, GL_POLYGON_OFFSET_UNITS, GL_STENCIL_FUNC, GL_STENCIL_REF,
-                              GL_STENCIL_VALUE_MASK, GL_STENCIL_FAIL, GL_STENCIL_PASS_DEPTH_FAIL,
-                              GL_STENCIL_PASS_DEPTH_PASS, GL_STENCIL_WRITEMASK, GL_STENCIL_BACK_FUNC,
-                              GL_STENCIL_BACK_REF, GL_STENCIL_BACK_VALUE_MASK, GL_STENCIL_BACK_FAIL,
-                              GL_STENCIL_BACK_PASS_DEPTH_FAIL, GL_STENCIL_BACK_PASS_DEPTH_PASS,
-                              GL_STENCIL_BACK_WRITEMASK, GL_STENCIL_CLEAR_VALUE, GL_CURRENT_PROGRAM,
-                              GL_LIGHT_MODEL_AMBIENT, GL_COLOR_WRITEMASK};
     std::vector<double> values;
-    for (const GLenum query : queries) {
+    for (const GLenum query :
+         {GL_STENCIL_TEST, GL_DEPTH_CLAMP, GL_CULL_FACE, GL_POLYGON_OFFSET_FILL, GL_DEPTH_FUNC, GL_DEPTH_WRITEMASK,
+          GL_COLOR_WRITEMASK, GL_CULL_FACE_MODE, GL_FRONT_FACE, GL_POLYGON_OFFSET_FACTOR, GL_POLYGON_OFFSET_UNITS,
+          GL_STENCIL_FUNC, GL_STENCIL_REF, GL_STENCIL_VALUE_MASK, GL_STENCIL_FAIL, GL_STENCIL_PASS_DEPTH_FAIL,
+          GL_STENCIL_PASS_DEPTH_PASS, GL_STENCIL_WRITEMASK, GL_STENCIL_BACK_FUNC, GL_STENCIL_BACK_REF,
+          GL_STENCIL_BACK_VALUE_MASK, GL_STENCIL_BACK_FAIL, GL_STENCIL_BACK_PASS_DEPTH_FAIL,
+          GL_STENCIL_BACK_PASS_DEPTH_PASS, GL_STENCIL_BACK_WRITEMASK, GL_STENCIL_CLEAR_VALUE, GL_CURRENT_PROGRAM,
+          GL_LIGHT_MODEL_AMBIENT}) {
         GLdouble v[4] = {0, 0, 0, 0};
         glGetDoublev(query, v);
         values.insert(values.end(), v, v + 4);
     }
+    GLfloat v[4] = {0, 0, 0, 0};
     for (const GLenum light : {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR}) {
-        GLfloat v[4] = {0, 0, 0, 0};
         glGetLightfv(GL_LIGHT0, light, v);
         values.insert(values.end(), v, v + 4);
     }
-    GLfloat emission[4] = {0, 0, 0, 0};
-    glGetMaterialfv(GL_FRONT, GL_EMISSION, emission);
-    values.insert(values.end(), emission, emission + 4);
+    glGetMaterialfv(GL_FRONT, GL_EMISSION, v);
+    values.insert(values.end(), v, v + 4);
     return values;
+}
+
+// Values unlike the defaults where the frame leaves a piece of state to the host, or the defaults.
+void setUnusualState(bool unusual) {
+    glPolygonOffset(unusual ? 3.0f : 0.0f, unusual ? 2.0f : 0.0f);
+    glCullFace(unusual ? GL_FRONT_AND_BACK : GL_BACK);
+    glFrontFace(unusual ? GL_CW : GL_CCW);
+    unusual ? glEnable(GL_DEPTH_CLAMP) : glDisable(GL_DEPTH_CLAMP);
+    glStencilFuncSeparate(GL_FRONT, unusual ? GL_NOTEQUAL : GL_ALWAYS, unusual ? 3 : 0, unusual ? 0x0F : 0xFF);
+    glStencilFuncSeparate(GL_BACK, unusual ? GL_GEQUAL : GL_ALWAYS, unusual ? 5 : 0, unusual ? 0xF0 : 0xFF);
+    glStencilOpSeparate(GL_FRONT, unusual ? GL_INVERT : GL_KEEP, unusual ? GL_ZERO : GL_KEEP, unusual ? GL_REPLACE : GL_KEEP);
+    glStencilOpSeparate(GL_BACK, unusual ? GL_INCR : GL_KEEP, unusual ? GL_DECR : GL_KEEP, GL_KEEP);
+    glClearStencil(unusual ? 7 : 0);
 }
 
 TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
     for (const bool shaders : {true, false}) {
         openGL::glShaderProgram::enableGlShadersGlobally(shaders);
         auto view = makeCutScene(0);
-        view->setFrontRightView(false, {}, {});
+        isoView(*view);
         view->zoomAll();
         oxtest::paint(*view);  // the camera's matrices and the frame's lights
-        glClearColor(0, 0, 0, 1);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        glPolygonOffset(3.0f, 2.0f);
-        glCullFace(GL_FRONT_AND_BACK);
-        glFrontFace(GL_CW);
-        glEnable(GL_DEPTH_CLAMP);
-        glStencilFuncSeparate(GL_FRONT, GL_NOTEQUAL, 3, 0x0F);
-        glStencilFuncSeparate(GL_BACK, GL_GEQUAL, 5, 0xF0);
-        glStencilOpSeparate(GL_FRONT, GL_INVERT, GL_ZERO, GL_REPLACE);
-        glStencilOpSeparate(GL_BACK, GL_INCR, GL_DECR, GL_INVERT);
-        glClearStencil(7);
-        // What the pass is driven with in a frame: a render drawer and two highlight drawers.
-        const std::vector<ox::refPtr<iDrawable>> drawables = gAdded;
-        const std::set<ox::refPtr<iDrawable>> none;
-        const ox::refPtr<iDrawable> modified;
-        const auto participants = openGL::glCsgPass::collect(drawables, modified);
-        ASSERT_TRUE(participants.active());
+        const oxtest::rgba8 cleared = oxtest::readPixel(80, 60);
+        setUnusualState(true);
+        const auto participants = openGL::glCsgPass::collect(gAdded, {});
         EXPECT_EQ(participants.members.size(), 4u);
-        const openGL::frameContent_t content{drawables, none, none, modified, &participants.members};
+        const std::set<ox::refPtr<iDrawable>> none;
+        const openGL::frameContent_t content{gAdded, none, none, {}, &participants.members};
         openGL::glRenderDrawer render(nullptr);
         openGL::glHighlightDrawer selection(nullptr, {255, 255, 0}), modify(nullptr, {255, 220, 0});
         auto* library = shaders ? openGL::glProgramLibrary::forCurrentContext() : nullptr;
@@ -215,33 +202,22 @@ TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
         const auto before = passState();
         openGL::glCsgPass(render, selection, modify).draw(participants, content, standard, kOutsideBlank);
         EXPECT_EQ(passState(), before) << shaders;
-        EXPECT_NE(oxtest::readPixel(80, 60), oxtest::readPixel(1, 1)) << "the pass drew nothing";
+        EXPECT_NE(oxtest::readPixel(80, 60), cleared) << "the pass drew nothing";
         glUseProgram(0);
-        glDisable(GL_DEPTH_CLAMP);
-        glPolygonOffset(0, 0);
-        glCullFace(GL_BACK);
-        glFrontFace(GL_CCW);
-        glStencilFunc(GL_ALWAYS, 0, 0xFF);
-        glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
-        glClearStencil(0);
+        setUnusualState(false);
     }
-    openGL::glShaderProgram::enableGlShadersGlobally(true);
 
     // Without volumes a solid is an ordinary drawable; volumes without solids are never drawn.
     const auto frameOf = [](auto fill) {
         auto view = oxtest::makeScene(96, 72, 4);
-        view->setFrontRightView(false, {}, {});
+        isoView(*view);
         view->resize(96, 72, 8.0, 0, 0, 0, 0);
         fill(*view);
-        return oxtest::frameImage(*view);
+        return oxtest::frameImage(*view).pixels;
     };
-    const auto plain = frameOf([](scene& v) {
-        auto part = add<csgPart>(v);
-        oxGeo::meshfactory::appendBoxMesh(6, 4, 2, part->mMesh, true);
-    });
-    EXPECT_EQ(frameOf([](scene& v) { add<stock>(v); }).pixels, plain.pixels);
-    EXPECT_EQ(frameOf([](scene& v) { add<cutter>(v, 0.0, 0.0, 1.0, -1.0, 1.0); }).pixels,
-              frameOf([](scene&) {}).pixels);
+    const auto plain = frameOf([](scene& v) { oxGeo::meshfactory::appendBoxMesh(6, 4, 2, add<csgPart>(v)->mMesh, true); });
+    EXPECT_EQ(frameOf([](scene& v) { add<stock>(v); }), plain);
+    EXPECT_EQ(frameOf([](scene& v) { add<cutter>(v, 0.0, 0.0, 1.0, -1.0, 1.0); }), frameOf([](scene&) {}));
 }
 
 TEST_F(csgPassTest, brokenSolidsAndVolumesAreSurvivedAndSelectedSolidsHighlighted) {
