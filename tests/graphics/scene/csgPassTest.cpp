@@ -36,12 +36,13 @@ public:
 
     oxGeo::mesh3d mMesh;
     oxGeo::matrix3d mPlacement;
+    ox::rgbColor mColor = kStock;
     bool mThrows = false;
 
 protected:
     bool emit(iDrawer* drawer) {
         if (mThrows) throw std::runtime_error("broken part");
-        drawer->setColor(kStock, 0.0f);
+        drawer->setColor(mColor, 0.0f);
         drawer->multMatrix(mPlacement);
         drawer->drawMesh(mMesh, 0);
         return true;
@@ -220,11 +221,15 @@ TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
     EXPECT_EQ(frameOf([](scene& v) { add<cutter>(v, 0.0, 0.0, 1.0, -1.0, 1.0); }), frameOf([](scene&) {}));
 }
 
-TEST_F(csgPassTest, brokenSolidsAndVolumesAreSurvivedAndSelectedSolidsHighlighted) {
+TEST_F(csgPassTest, aToolInACutShowsBrokenPartsAreSurvivedAndSelectedSolidsAreHighlighted) {
     auto view = makeCutScene(4);
-    view->setTopView(false, {}, {}, {0, 1, 0});
+    topView(*view);
     view->zoomAll();
     const point3d stockTop(-2.5, 1.5, 1.0);
+    auto tool = add<csgPart>(*view);  // an ordinary drawable below the removed top, above the pocket floor
+    tool->mColor = {220, 30, 30};
+    oxGeo::meshfactory::appendBoxMesh(0.6, 0.6, 0.5, tool->mMesh, true);
+    tool->mPlacement.setToTranslation({-1.5, -0.5, 0.55});
     add<cutter>(*view, 2.5, 1.5, 0.3, 0.0, 1.5, false);  // open: no caps
     add<cutter>(*view, 0.0, 0.0, 0.3, 0.0, 1.5)->mThrows = true;
     oxGeo::matrix3d notANumber;
@@ -235,6 +240,8 @@ TEST_F(csgPassTest, brokenSolidsAndVolumesAreSurvivedAndSelectedSolidsHighlighte
     const auto image = oxtest::frameImage(*view);
     const oxtest::rgba8 uncut = pixelAt(image, view->worldToWinCoordinates(stockTop));
     EXPECT_GT(uncut[2], uncut[0]) << "the stock is still drawn in its colour";
+    const oxtest::rgba8 inCut = pixelAt(image, view->worldToWinCoordinates({-1.5, -0.5, 0.8}));
+    EXPECT_TRUE(inCut[0] > 240 && inCut[1] < 60) << "the tool, not the pocket's floor over it";
 
     view->addToSelection(gAdded.front());
     const oxtest::rgba8 selected = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));

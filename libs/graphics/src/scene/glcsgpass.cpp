@@ -100,6 +100,22 @@ void glCsgPass::drawSolids(const participants_t& participants, const frameConten
     }
 }
 
+void glCsgPass::drawOthers(const participants_t& participants, const frameContent_t& content,
+                           shaderProgram* standard) {
+    for (const auto& drawable : content.drawables) {
+        if (drawable == content.modified || participants.members.contains(drawable)) continue;
+        if (content.selection.contains(drawable)) {
+            if (standard) standard->setUniformInt("u_isSelected", 1);
+            drawDrawable(mSelection, drawable, eRendermode::selected, standard);
+            if (standard) standard->setUniformInt("u_isSelected", 0);
+        } else if (content.modifyEnabled.contains(drawable)) {
+            drawDrawable(mModifyEnabled, drawable, eRendermode::modifyEnabled, standard);
+        } else {
+            drawDrawable(mRender, drawable, eRendermode::opaque, standard);
+        }
+    }
+}
+
 void glCsgPass::drawVolumes(const participants_t& participants, glDrawer& drawer) {
     for (const auto& [drawable, volume] : participants.volumes)
         drawOne(drawer, drawable, [&, v = volume] { v->drawCsgVolume(&drawer); });
@@ -175,8 +191,15 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
     countBehindDepth();
     drawSolids(participants, content, standard);
 
+    // 5. The other drawables' depth again, where it lies in front of a far side: the cut shows
+    //    what the opaque pass drew there (a tool in the pocket it cut).
+    glDisable(GL_DEPTH_CLAMP);
+    glDepthMask(GL_TRUE);
+    glStencilOp(GL_KEEP, GL_KEEP, GL_ZERO);
+    drawOthers(participants, content, standard);
+
     {
-        // 5. Cut faces: a far side inside a solid.
+        // 6. Cut faces: a far side inside a solid.
         const cutProgramScope program(cutProgram);
         const glAttribScope lights(GL_LIGHTING_BIT | GL_CURRENT_BIT);
         if (cutProgram)
@@ -185,8 +208,10 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
         lightCutFaces();
         volumeDrawer.setColor(outsideBlank, 0.0f);
         glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+        glEnable(GL_DEPTH_CLAMP);
         glEnable(GL_CULL_FACE);
         glCullFace(GL_FRONT);
+        glDepthMask(GL_FALSE);
         glDepthFunc(GL_EQUAL);
         glStencilFunc(GL_LESS, static_cast<GLint>(kFarSideBit), kFarSideBit | kCountBits);
         glStencilOp(GL_KEEP, GL_KEEP, GL_KEEP);
@@ -194,7 +219,7 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
         drawVolumes(participants, volumeDrawer);
     }
 
-    // 6. Visible: the solids where no volume covers their nearest surface.
+    // 7. Visible: the solids where no volume covers their nearest surface.
     glDisable(GL_DEPTH_CLAMP);
     glEnable(GL_CULL_FACE);
     glCullFace(GL_BACK);

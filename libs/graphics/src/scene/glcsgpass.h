@@ -27,16 +27,20 @@
 //     surface (a closed volume's farthest surface is a back face) and bit 7 is set.
 //  4. The counter is cleared; solids are counted as in 2 behind that far side, where bit 7 is
 //     set: the counter becomes the number of solids that contain the far side.
-//  5. Cut faces: where bit 7 is set and the counter is not 0, volumes with depth GL_EQUAL, lit in
-//     the outside-blank colour. Where the counter is 0 the volume went through every solid: the
-//     colour drawn before the pass (background, other drawables) stays.
-//  6. Visible: culling on, depth GL_LEQUAL, colour writes on, stencil GL_EQUAL 0 over bit 7 and
+//  5. Where bit 7 is set, the other drawables of the opaque pass once more, depth only, GL_LESS:
+//     one in front of the far side (a tool in the pocket it cut) takes its depth back and clears
+//     the counter, so neither a cut face nor the solid covers it. This draws them a second time,
+//     but only in frames with cuts.
+//  6. Cut faces: where bit 7 is set and the counter is not 0, volumes with depth GL_EQUAL, lit in
+//     the outside-blank colour. Where the counter is 0 the volume went through every solid (or
+//     another drawable lies in the cut): the colour drawn before the pass stays.
+//  7. Visible: culling on, depth GL_LEQUAL, colour writes on, stencil GL_EQUAL 0 over bit 7 and
 //     the counter (cleared), polygon offset (-1, -1) on filled polygons, solids in their own
 //     colours, the counter incremented on depth pass so each sample is drawn once. The offset
 //     lets a solid pass against its own depth from step 1, which another program or none may
 //     have computed a little differently.
 // Correctness does not rest on culling: drawers switch it off for meshes (and record that into
-// display lists), and steps 3 and 5 find the right faces by depth alone.
+// display lists), and steps 3 and 6 find the right faces by depth alone.
 //
 // Lighting of the cut faces: the frame's head light on the face turned towards the viewer (a cut
 // face is a volume's back face), with the light model's ambient at kCutFaceFloor, GL_LIGHT0's
@@ -111,6 +115,8 @@ public:
 
 private:
     void drawSolids(const participants_t& participants, const frameContent_t& content, shaderProgram* standard);
+    /// The drawables of the opaque pass, as it drew them.
+    void drawOthers(const participants_t& participants, const frameContent_t& content, shaderProgram* standard);
     void drawVolumes(const participants_t& participants, glDrawer& drawer);
 
     glRenderDrawer& mRender;
