@@ -176,7 +176,8 @@ void setUnusualState(bool unusual) {
     unusual ? glEnable(GL_DEPTH_CLAMP) : glDisable(GL_DEPTH_CLAMP);
     glStencilFuncSeparate(GL_FRONT, unusual ? GL_NOTEQUAL : GL_ALWAYS, unusual ? 3 : 0, unusual ? 0x0F : 0xFF);
     glStencilFuncSeparate(GL_BACK, unusual ? GL_GEQUAL : GL_ALWAYS, unusual ? 5 : 0, unusual ? 0xF0 : 0xFF);
-    glStencilOpSeparate(GL_FRONT, unusual ? GL_INVERT : GL_KEEP, unusual ? GL_ZERO : GL_KEEP, unusual ? GL_REPLACE : GL_KEEP);
+    glStencilOpSeparate(GL_FRONT, unusual ? GL_INVERT : GL_KEEP, unusual ? GL_ZERO : GL_KEEP,
+                        unusual ? GL_REPLACE : GL_KEEP);
     glStencilOpSeparate(GL_BACK, unusual ? GL_INCR : GL_KEEP, unusual ? GL_DECR : GL_KEEP, GL_KEEP);
     glClearStencil(unusual ? 7 : 0);
 }
@@ -216,7 +217,8 @@ TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
         fill(*view);
         return oxtest::frameImage(*view).pixels;
     };
-    const auto plain = frameOf([](scene& v) { oxGeo::meshfactory::appendBoxMesh(6, 4, 2, add<csgPart>(v)->mMesh, true); });
+    const auto plain =
+        frameOf([](scene& v) { oxGeo::meshfactory::appendBoxMesh(6, 4, 2, add<csgPart>(v)->mMesh, true); });
     EXPECT_EQ(frameOf([](scene& v) { add<stock>(v); }), plain);
     EXPECT_EQ(frameOf([](scene& v) { add<cutter>(v, 0.0, 0.0, 1.0, -1.0, 1.0); }), frameOf([](scene&) {}));
 }
