@@ -232,6 +232,7 @@ TEST_F(csgPassTest, aToolInACutShowsBrokenPartsAreSurvivedAndSelectedSolidsAreHi
     tool->mColor = {220, 30, 30};
     oxGeo::meshfactory::appendBoxMesh(0.6, 0.6, 0.5, tool->mMesh, true);
     tool->mPlacement.setToTranslation({-1.5, -0.5, 0.55});
+    view->add(ox::refPtr<iDrawable>(new oxtest::testSquare({1.6, 0.0, -2.0}, 1.0, {255, 255, 255}, 0.5f)));
     add<cutter>(*view, 2.5, 1.5, 0.3, 0.0, 1.5, false);  // open: no caps
     add<cutter>(*view, 0.0, 0.0, 0.3, 0.0, 1.5)->mThrows = true;
     oxGeo::matrix3d notANumber;
@@ -244,6 +245,8 @@ TEST_F(csgPassTest, aToolInACutShowsBrokenPartsAreSurvivedAndSelectedSolidsAreHi
     EXPECT_GT(uncut[2], uncut[0]) << "the stock is still drawn in its colour";
     const oxtest::rgba8 inCut = pixelAt(image, view->worldToWinCoordinates({-1.5, -0.5, 0.8}));
     EXPECT_TRUE(inCut[0] > 240 && inCut[1] < 60) << "the tool, not the pocket's floor over it";
+    const oxtest::rgba8 belowHole = pixelAt(image, view->worldToWinCoordinates({1.6, 0.0, 1.0}));
+    expectShareOf(belowHole, {137, 142, 147}, 1.0, "a transparent square half over the background, below the hole");
 
     view->addToSelection(gAdded.front());
     const oxtest::rgba8 selected = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));

@@ -191,10 +191,25 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
     countBehindDepth();
     drawSolids(participants, content, standard);
 
-    // 5. The other drawables' depth again, where it lies in front of a far side: the cut shows
-    //    what the opaque pass drew there (a tool in the pocket it cut).
-    glDisable(GL_DEPTH_CLAMP);
+    // 5. The opaque pass's depth again over the far sides: far where the volumes went through
+    //    every solid, then the other drawables where they lie in front (a tool in the pocket it
+    //    cut, a fixture seen through a hole); the cut shows what the opaque pass drew there.
     glDepthMask(GL_TRUE);
+    {
+        const glProgramScope noProgram(0);
+        const glScreenMatrices screen;
+        glDepthFunc(GL_ALWAYS);
+        glStencilFunc(GL_EQUAL, static_cast<GLint>(kFarSideBit), kFarSideBit | kCountBits);
+        glBegin(GL_QUADS);
+        glVertex3f(-1.0f, -1.0f, 1.0f);
+        glVertex3f(1.0f, -1.0f, 1.0f);
+        glVertex3f(1.0f, 1.0f, 1.0f);
+        glVertex3f(-1.0f, 1.0f, 1.0f);
+        glEnd();
+    }
+    glDisable(GL_DEPTH_CLAMP);
+    glDepthFunc(GL_LESS);
+    glStencilFunc(GL_EQUAL, static_cast<GLint>(kFarSideBit), kFarSideBit);
     glStencilOp(GL_KEEP, GL_KEEP, GL_ZERO);
     drawOthers(participants, content, standard);
 

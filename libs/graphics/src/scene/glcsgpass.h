@@ -28,10 +28,11 @@
 //     surface (a closed volume's farthest surface is a back face) and bit 7 is set.
 //  4. The counter is cleared; solids are counted as in 2 behind that far side, where bit 7 is
 //     set: the counter becomes the number of solids that contain the far side.
-//  5. Where bit 7 is set, the other drawables of the opaque pass once more, depth only, GL_LESS:
-//     one in front of the far side (a tool in the pocket it cut) takes its depth back and clears
-//     the counter, so neither a cut face nor the solid covers it. This draws them a second time,
-//     but only in frames with cuts.
+//  5. The opaque pass's depth again where bit 7 is set: a screen quad puts the far plane where
+//     the counter is 0 (the volume went through every solid), then the other drawables of the
+//     opaque pass, depth only, GL_LESS: one in front of the far side (a tool in the pocket it
+//     cut, a fixture below a hole) takes its depth back and clears the counter, so neither a cut
+//     face nor the solid covers it. This draws them a second time, but only in frames with cuts.
 //  6. Cut faces: where bit 7 is set and the counter is not 0, volumes with depth GL_EQUAL, lit in
 //     the outside-blank colour. Where the counter is 0 the volume went through every solid (or
 //     another drawable lies in the cut): the colour drawn before the pass stays.
@@ -57,9 +58,7 @@
 // non-convex solid seen through a cut). Exact for one convex volume per sample, and for volumes
 // that overlap along the view ray as one span; for volumes one behind the other the far one's
 // far side is taken. Surfaces of a volume and a solid in one plane make the cut flicker (let a
-// volume reach past the faces it opens). Where a volume goes through every solid, the depth
-// afterwards is the volume's far side, not what lies behind: a transparent drawable behind such a
-// hole is hidden. Volumes that are not closed, or that throw in one step and not in another,
+// volume reach past the faces it opens). Volumes that are not closed, or that throw in one step and not in another,
 // give wrong counts and so wrong pictures, nothing worse. Without 8 stencil bits in the frame
 // buffer the solids are drawn whole.
 //
