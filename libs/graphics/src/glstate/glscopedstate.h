@@ -244,18 +244,6 @@ private:
     GLboolean mSaved = GL_TRUE;
 };
 
-/// The depth function, set to the wanted one for the scope.
-class glDepthFuncScope : glstate::glScope {
-public:
-    explicit glDepthFuncScope(GLenum function) : mSaved(static_cast<GLenum>(glstate::readInteger(GL_DEPTH_FUNC))) {
-        glDepthFunc(function);
-    }
-    ~glDepthFuncScope() { glDepthFunc(mSaved); }
-
-private:
-    GLenum mSaved;
-};
-
 /// The colour write mask, set to the wanted channels for the scope. The mask is saved as draw
 /// buffer 0 has it and restored on every draw buffer.
 class glColorMaskScope : glstate::glScope {
@@ -268,6 +256,101 @@ public:
 
 private:
     std::array<GLboolean, 4> mSaved{};
+};
+
+/// The depth function, set to the wanted one for the scope.
+class glDepthFuncScope : glstate::glScope {
+public:
+    explicit glDepthFuncScope(GLenum function) : mSaved(static_cast<GLenum>(glstate::readInteger(GL_DEPTH_FUNC))) {
+        glDepthFunc(function);
+    }
+    ~glDepthFuncScope() { glDepthFunc(mSaved); }
+
+private:
+    GLenum mSaved;
+};
+
+/// Polygon offset factor and units, set to the wanted ones for the scope (whether offsetting is
+/// enabled for filled polygons, lines or points are capabilities: glCapabilityScope).
+class glPolygonOffsetScope : glstate::glScope {
+public:
+    glPolygonOffsetScope(GLfloat factor, GLfloat units) {
+        glGetFloatv(GL_POLYGON_OFFSET_FACTOR, &mFactor);
+        glGetFloatv(GL_POLYGON_OFFSET_UNITS, &mUnits);
+        glPolygonOffset(factor, units);
+    }
+    ~glPolygonOffsetScope() { glPolygonOffset(mFactor, mUnits); }
+
+private:
+    GLfloat mFactor = 0.0f;
+    GLfloat mUnits = 0.0f;
+};
+
+/// Which faces culling removes and which winding is front, set for the scope (whether culling is
+/// on is a capability: glCapabilityScope). A host may have turned either round.
+class glCullFaceScope : glstate::glScope {
+public:
+    glCullFaceScope(GLenum culled, GLenum frontFace)
+        : mCulled(static_cast<GLenum>(glstate::readInteger(GL_CULL_FACE_MODE))),
+          mFrontFace(static_cast<GLenum>(glstate::readInteger(GL_FRONT_FACE))) {
+        glCullFace(culled);
+        glFrontFace(frontFace);
+    }
+    ~glCullFaceScope() {
+        glCullFace(mCulled);
+        glFrontFace(mFrontFace);
+    }
+
+private:
+    GLenum mCulled;
+    GLenum mFrontFace;
+};
+
+/// Everything the stencil test works with, for front and back faces: function, reference, value
+/// mask, the three operations and the write mask; and the stencil clear value. Whether the test
+/// is enabled is a capability (glCapabilityScope). The code inside sets what it needs.
+class glStencilScope : glstate::glScope {
+public:
+    glStencilScope() : mFront(read(false)), mBack(read(true)), mClear(glstate::readInteger(GL_STENCIL_CLEAR_VALUE)) {}
+    ~glStencilScope() {
+        write(GL_FRONT, mFront);
+        write(GL_BACK, mBack);
+        glClearStencil(mClear);
+    }
+
+private:
+    struct face_t {
+        GLint function, reference, valueMask, fail, depthFail, depthPass, writeMask;
+    };
+    static face_t read(bool back) {
+        using glstate::readInteger;
+        return back ? face_t{readInteger(GL_STENCIL_BACK_FUNC),       readInteger(GL_STENCIL_BACK_REF),
+                             readInteger(GL_STENCIL_BACK_VALUE_MASK), readInteger(GL_STENCIL_BACK_FAIL),
+                             readInteger(GL_STENCIL_BACK_PASS_DEPTH_FAIL), readInteger(GL_STENCIL_BACK_PASS_DEPTH_PASS),
+                             readInteger(GL_STENCIL_BACK_WRITEMASK)}
+                    : face_t{readInteger(GL_STENCIL_FUNC),       readInteger(GL_STENCIL_REF),
+                             readInteger(GL_STENCIL_VALUE_MASK), readInteger(GL_STENCIL_FAIL),
+                             readInteger(GL_STENCIL_PASS_DEPTH_FAIL), readInteger(GL_STENCIL_PASS_DEPTH_PASS),
+                             readInteger(GL_STENCIL_WRITEMASK)};
+    }
+    static void write(GLenum face, const face_t& f) {
+        glStencilFuncSeparate(face, static_cast<GLenum>(f.function), f.reference, static_cast<GLuint>(f.valueMask));
+        glStencilOpSeparate(face, static_cast<GLenum>(f.fail), static_cast<GLenum>(f.depthFail),
+                            static_cast<GLenum>(f.depthPass));
+        glStencilMaskSeparate(face, static_cast<GLuint>(f.writeMask));
+    }
+
+    face_t mFront;
+    face_t mBack;
+    GLint mClear;
+};
+
+/// A group of the compatibility attribute stack (GL_LIGHTING_BIT, GL_CURRENT_BIT, ...), pushed
+/// for the scope: for state with too many pieces to save one by one, such as lights and materials.
+class glAttribScope : glstate::glScope {
+public:
+    explicit glAttribScope(GLbitfield groups) { glPushAttrib(groups); }
+    ~glAttribScope() { glPopAttrib(); }
 };
 
 /// Blending: whether it is enabled, the RGB and alpha equations and the four factors. Saved as

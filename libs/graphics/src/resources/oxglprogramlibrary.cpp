@@ -63,6 +63,8 @@ const std::vector<programRecipe>& recipes() {
          {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "outlineRing.frag.glsl"}}},
         {"gaussianBlurShaderProgram",
          {{ePipelineStage::vertex, "texturedScreenQuad.vert.glsl"}, {ePipelineStage::fragment, "gaussianBlur.frag.glsl"}}},
+        {"csgCutFaceShaderProgram",
+         {{ePipelineStage::vertex, "standardLighting.vert.glsl"}, {ePipelineStage::fragment, "csgCutFace.frag.glsl"}}},
     };
     return table;
 }

@@ -79,7 +79,7 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
         program->setUniformFloat("u_overrideWeight", 0.0f);
     }
     for (const auto& drawable : content.drawables) {
-        if (drawable == content.modified) continue;
+        if (drawable == content.modified || (content.leftOut && content.leftOut->contains(drawable))) continue;
         const drawableEffects_t* effects = content.effectsOf(drawable);
         if (effects && effects->blur && content.blurApart) continue;
 

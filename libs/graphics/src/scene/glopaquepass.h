@@ -35,6 +35,7 @@ struct frameContent_t {
     const drawableEffectsMap& effects;
     eSelectionStyle selectionStyle = eSelectionStyle::highlight;
     bool blurApart = false;  ///< blurred drawables are drawn by the blur pass
+    const std::set<ox::refPtr<iDrawable>>* leftOut = nullptr;  ///< drawn by a later pass (cut solids and volumes)
 
     /// The drawable's effects, or null when it has none.
     const drawableEffects_t* effectsOf(const ox::refPtr<iDrawable>& drawable) const {

@@ -3,6 +3,7 @@
 #include "glframelights.h"
 #include "glpixelreadback.h"
 
+#include "glcsgpass.h"
 #include "glopaquepass.h"
 #include "glstate/glscopedstate.h"
 #include "drawing/gldrawer.h"
@@ -345,9 +346,12 @@ void glScene::draw() {
     // Without the outline's programs a selection is always highlighted.
     const eSelectionStyle style =
         programs.outline && programs.outlineRing ? mSceneEffects.selectionStyle : eSelectionStyle::highlight;
-    const frameContent_t content{mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, mEffects, style, blurApart};
+    const glCsgPass::participants_t cut = glCsgPass::collect(mDrawables, mModifiedDrawable);
+    const frameContent_t content{
+        mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, mEffects, style, blurApart, &cut.members};
     glOpaquePass(render, selectionDrawer, modifyDrawer, overrideDrawer)
         .draw(content, {program, programs.multilayer}, modelView());
+    glCsgPass(render, selectionDrawer, modifyDrawer).draw(cut, content, program, color(kColorOutsideBlank));
 
     // 6. Transparent pass: what the render drawers held back.
     drawTransparent(render, overrideDrawer, content, programs);
