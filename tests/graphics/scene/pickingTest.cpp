@@ -178,10 +178,16 @@ TEST_F(pickingTest, rubberBandsSelectInEachModeAndFiltersByType) {
         EXPECT_EQ(selected, step.selectedAfter) << step.what;
         EXPECT_EQ(events->changed, eventsBefore + 1) << step.what; // each step changed the selection
     }
-    // The same band again changes nothing and says so by staying quiet.
+    // The same band again changes nothing and says so by staying quiet; so does a mode that is none.
+    view->addToSelection(topLeft);
     const int eventsBefore = events->changed;
-    view->selectMultiple(10, 90, 10, 90, eSelectMode::replace);
+    EXPECT_TRUE(view->selectMultiple(0, 0, 45, 45, eSelectMode::add).size() == 1 && view->isSelected(topLeft));
+    oxlog::logCapture capture;
+    EXPECT_TRUE(view->selectMultiple(0, 0, 100, 100, static_cast<eSelectMode>(7)).empty());
+    EXPECT_EQ(capture.messages("oxGraphics::scene::selectMultiple"),
+              std::vector<std::wstring>{L"refused the unknown select mode 7"});
     EXPECT_EQ(events->changed, eventsBefore);
+    EXPECT_TRUE(view->isSelected(topLeft));
 
     // The first hit above the top-right mesh is the cap, unless only meshes count.
     ox::refPtr<oxGraphics::iDrawable> hit;
