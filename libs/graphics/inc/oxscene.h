@@ -211,8 +211,9 @@ public:
                                 oxGeo::point3d& point, const ox::refPtr<iSelectFilter>& filter = {}) const;
     /// Rubber-band selection: every drawable the filter keeps in the rectangle changes the
     /// selection as `mode` says (replace, add, toggle, remove). Returns those drawables, nearest
-    /// first, each once. Fires kEventSceneChanged when the selection changed. An unknown mode is
-    /// refused with a warning and changes nothing.
+    /// first, each once. A moveRotationControl's handle is never among them. Fires
+    /// kEventSceneChanged when the selection changed. An unknown mode is refused with a warning
+    /// and changes nothing.
     std::vector<ox::refPtr<iDrawable>> selectMultiple(unsigned int x1, unsigned int y1, unsigned int x2,
                                                       unsigned int y2, eSelectMode mode,
                                                       const ox::refPtr<iSelectFilter>& filter = {});

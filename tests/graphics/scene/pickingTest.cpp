@@ -5,8 +5,10 @@
 #include "oxboundeddrawable.h"
 #include "oxlog.h"
 #include "oxmeshentity.h"
+#include "oxmoverotationcontrol.h"
 
 #include <memory>
+#include <set>
 #include <typeinfo>
 
 namespace {
@@ -188,6 +190,15 @@ TEST_F(pickingTest, rubberBandsSelectInEachModeAndFiltersByType) {
               std::vector<std::wstring>{L"refused the unknown select mode 7"});
     EXPECT_EQ(events->changed, eventsBefore);
     EXPECT_TRUE(view->isSelected(topLeft));
+
+    // A band across the manipulator's handle selects what lies there, not the handle.
+    auto control = oxGraphics::moveRotationControl::create(view, oxGeo::matrix3d(), true);
+    control->attachToScene();
+    std::set<const oxGraphics::iDrawable*> everything;
+    for (const auto& hit : view->pickSelectInRect(0, 0, 100, 100)) everything.insert(hit.drawable.get());
+    EXPECT_EQ(everything.size(), 6u); // the handle is hit
+    EXPECT_EQ(view->selectMultiple(0, 0, 100, 100, eSelectMode::replace).size(), 5u);
+    control->detachFromScene();
 
     // The first hit above the top-right mesh is the cap, unless only meshes count.
     ox::refPtr<oxGraphics::iDrawable> hit;

@@ -1,6 +1,7 @@
 // The scene facade: forwarding to the renderer, events, and the fit operations.
 #include "oxscene.h"
 
+#include "manipulator/moverotationcontrolentity.h"
 #include "oxglscene.h"
 #include "pickchoice.h"
 #include "pickqueries.h"
@@ -340,7 +341,12 @@ std::vector<ox::refPtr<iDrawable>> scene::selectMultiple(unsigned int x1, unsign
     // Without a context nothing is picked, and a replace must not read that as an empty band.
     const auto context = mImplementation->glContext();
     if (!context || !context->makeCurrent()) return {};
-    const auto inRectangle = pickQueries::distinctDrawables(mImplementation->pickSelectInRect(x1, y1, x2, y2, filter.get()));
+    auto inRectangle = pickQueries::distinctDrawables(mImplementation->pickSelectInRect(x1, y1, x2, y2, filter.get()));
+    // The manipulator's handle is a tool on the content, not content: a band drawn across it
+    // selects what lies there, never the handle.
+    std::erase_if(inRectangle, [](const ox::refPtr<iDrawable>& drawable) {
+        return dynamic_cast<const moveRotationControlEntity*>(drawable.get()) != nullptr;
+    });
     std::vector<ox::refPtr<iDrawable>> selectedNow;
     for (const auto& drawable : mImplementation->drawables())
         if (mImplementation->isSelected(drawable)) selectedNow.push_back(drawable);
