@@ -12,17 +12,33 @@
 // Every frame is glClear + draw + glFinish; frame times are the median of --frames frames. Each
 // figure is the median of --repeat runs, the variants taking turns, because on a shared machine
 // single runs scatter. Printed at the end: replay / VBO frame (target <= 1.15) and
-// (record + first replay) / (VBO build + upload + first frame) (target <= 1.25). The exit code
-// is 3 when a target is missed.
+// (record + first replay) / (VBO build + upload + first frame) (target <= 1.25).
+//
+// Then the first frame of a whole scene, as a host sees it, for about 1M and 4M triangles: a
+// multisampled offscreen scene (the default sample count) that has already drawn one empty frame
+// (programs built, targets made), the mesh added, then one frame (setupForPainting, renderBefore,
+// draw, renderAfter, glFinish) timed. Two drawables take turns in the same scene setup: a
+// meshEntity (recording through the drawer) and a bare display list that a host could write
+// itself (glNewList; one glBegin(GL_TRIANGLES) with glNormal3f once per triangle and three
+// glVertex3f; glEndList; glCallList), in pairs, each first every other time. Printed: both
+// medians and the median of the pairs' entity / bare ratios (target <= 1.15); for reference the
+// same with the process's CPU time, which a busy machine disturbs less.
+//
+// The exit code is 3 when a target is missed.
 //
 //     drawMeshBench [--width W] [--height H] [--frames N] [--repeat R] [--sizes 100000,1000000]
+//                   [--frame-sizes 1000000,4000000] [--only list|frame]
 #include "scene/glframelights.h"
 #include "drawing/gldrawerhost.h"
 #include "drawing/glrecording.h"
 #include "drawing/glrenderdrawer.h"
 
+#include "oxboundeddrawable.h"
+#include "oxdrawer.h"
 #include "oxglcontext.h"
 #include "oxglentrypoints.h"
+#include "oxmeshentity.h"
+#include "oxscene.h"
 
 #include "oxgeomesh.h"
 
@@ -36,6 +52,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -266,6 +283,125 @@ vboFigures measureVbo(const oxGeo::mesh3d& mesh, int frames) {
     return figures;
 }
 
+// ---- the first frame of a scene -----------------------------------------------------------
+
+/// The reference a host could write with GL alone: the same flat triangles in one display list,
+/// the normal sent once per triangle. It takes the colour through the drawer as the entity does,
+/// so both frames show the same picture.
+class bareListDrawable : public oxGraphics::iDrawable, public ox::refObj {
+public:
+    bareListDrawable(std::shared_ptr<const oxGeo::mesh3d> mesh, ox::rgbColor color)
+        : mMesh(std::move(mesh)), mColor(color) {}
+    bool draw(oxGraphics::iDrawer* drawer, oxGraphics::eRendermode, oxGraphics::shaderProgram*) override {
+        drawer->setColor(mColor, 0.0f);
+        if (mList == 0) {
+            mList = glGenLists(1);
+            glNewList(mList, GL_COMPILE);
+            glBegin(GL_TRIANGLES);
+            forEachFlatTriangle(*mMesh, [](const float* n, const oxGeo::point3d& a, const oxGeo::point3d& b,
+                                           const oxGeo::point3d& c) {
+                glNormal3f(n[0], n[1], n[2]);
+                for (const oxGeo::point3d* p : {&a, &b, &c}) glVertex3f(float(p->x()), float(p->y()), float(p->z()));
+            });
+            glEnd();
+            glEndList();
+        }
+        glCallList(mList);
+        return true;
+    }
+    void invalidate() override {}
+    void setTransformation(const oxGeo::matrix3d&) override {}
+
+protected:
+    ~bareListDrawable() override {
+        if (mList != 0) glDeleteLists(mList, 1);
+    }
+
+private:
+    std::shared_ptr<const oxGeo::mesh3d> mMesh;
+    ox::rgbColor mColor;
+    GLuint mList = 0;
+};
+
+/// Wall and process CPU time (every thread, the rasteriser's too) of one piece of work, in ms.
+/// CPU time counts the work done whoever else runs on the machine; wall time is what a user sees.
+struct frameTimes {
+    double wall = 0, cpu = 0;
+};
+
+double processCpuMs() {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) * 1e-6;
+}
+
+/// One scene frame as a host draws it, glFinish included.
+frameTimes sceneFrame(oxGraphics::scene& view) {
+    const auto start = clock_type::now();
+    const double cpuStart = processCpuMs();
+    view.setupForPainting();
+    view.renderBefore();
+    view.draw();
+    view.renderAfter();
+    glFinish();
+    return {millisecondsSince(start), processCpuMs() - cpuStart};
+}
+
+/// The first frame that shows `drawable` in a fresh multisampled scene that has drawn once before.
+frameTimes firstSceneFrame(const ox::refPtr<oxGraphics::iGlContext>& context, int width, int height,
+                           const ox::refPtr<oxGraphics::iDrawable>& drawable, const oxGeo::boundBox3d& box) {
+    auto view = oxGraphics::scene::create(context, false, false);
+    view->initGfxApiState();
+    view->resize(width, height, 10.0, 0, 0, 0, 0);
+    view->refreshFBOWithMultiSampling();
+    view->setTopView(false, oxGeo::matrix3d(), oxGeo::point3d(), oxGeo::vector3d(0, 1, 0));
+    view->zoomTo(box);
+    sceneFrame(*view);
+    view->add(drawable);
+    const frameTimes times = sceneFrame(*view);
+    view->remove(drawable, true);
+    return times;
+}
+
+/// First frames of a meshEntity and of the bare list in pairs, each first every other time;
+/// true when the target is met.
+bool measureFirstFrames(const ox::refPtr<oxGraphics::iGlContext>& context, int width, int height, int repeats,
+                        std::size_t size) {
+    const auto mesh = std::make_shared<oxGeo::mesh3d>(makeSurface(size));
+    const oxGeo::boundBox3d box(oxGeo::point3d(-1, -1, -0.2), oxGeo::point3d(1, 1, 0.2));
+    const ox::rgbColor color(180, 180, 200);
+    const auto entityFrame = [&] {
+        auto entity = oxGraphics::meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(mesh));
+        entity->setColor(color);
+        return firstSceneFrame(context, width, height, ox::refPtr<oxGraphics::iDrawable>(entity), box);
+    };
+    const auto bareFrame = [&] {
+        return firstSceneFrame(context, width, height, ox::refPtr<oxGraphics::iDrawable>(new bareListDrawable(mesh, color)), box);
+    };
+    std::vector<double> entityRuns, bareRuns, ratios, entityCpu, bareCpu, cpuRatios;
+    for (int r = 0; r < repeats; ++r) {
+        frameTimes entity, bare;
+        if (r % 2 == 0) entity = entityFrame(), bare = bareFrame();
+        else bare = bareFrame(), entity = entityFrame();
+        entityRuns.push_back(entity.wall);
+        bareRuns.push_back(bare.wall);
+        ratios.push_back(entity.wall / bare.wall);
+        entityCpu.push_back(entity.cpu);
+        bareCpu.push_back(bare.cpu);
+        cpuRatios.push_back(entity.cpu / bare.cpu);
+    }
+    // The pairs' ratios rather than the ratio of medians: a pair sees the same machine, which
+    // drifts while others share it.
+    const double ratio = median(ratios);
+    std::printf("\n%zu triangles, first scene frame (%d pairs), ms\n", mesh->patchCount(), repeats);
+    std::printf("  %-40s %9s %9s\n", "", "wall", "cpu");
+    std::printf("  %-40s %9.1f %9.1f\n", "meshEntity (drawer recording)", median(entityRuns), median(entityCpu));
+    std::printf("  %-40s %9.1f %9.1f\n", "bare display list", median(bareRuns), median(bareCpu));
+    std::printf("  for reference, CPU time of all threads, median of the pairs: %.3f\n", median(cpuRatios));
+    std::printf("  meshEntity / bare first frame, median of the pairs: %.3f (target <= 1.15)\n", ratio);
+    return ratio <= 1.15;
+}
+
 std::vector<std::size_t> parseSizes(const char* text) {
     std::vector<std::size_t> sizes;
     for (const char* p = text; *p != '\0';) {
@@ -282,6 +418,8 @@ std::vector<std::size_t> parseSizes(const char* text) {
 int main(int argc, char** argv) {
     int width = 1024, height = 768, frames = 15, repeats = 3;
     std::vector<std::size_t> sizes = {100000, 1000000};
+    std::vector<std::size_t> frameSizes = {1000000, 4000000};
+    std::string only;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string option = argv[i];
         if (option == "--width") width = std::atoi(argv[i + 1]);
@@ -289,6 +427,8 @@ int main(int argc, char** argv) {
         else if (option == "--frames") frames = std::max(1, std::atoi(argv[i + 1]));
         else if (option == "--sizes") sizes = parseSizes(argv[i + 1]);
         else if (option == "--repeat") repeats = std::max(1, std::atoi(argv[i + 1]));
+        else if (option == "--frame-sizes") frameSizes = parseSizes(argv[i + 1]);
+        else if (option == "--only") only = argv[i + 1];
         else {
             std::fprintf(stderr, "unknown option %s\n", argv[i]);
             return 2;
@@ -317,7 +457,7 @@ int main(int argc, char** argv) {
     }
 
     int failures = 0;
-    for (const std::size_t size : sizes) {
+    for (const std::size_t size : only == "frame" ? std::vector<std::size_t>{} : sizes) {
         const oxGeo::mesh3d mesh = makeSurface(size);
         std::printf("\n%zu triangles (each figure the median of %d runs, the variants taking turns)\n",
                     mesh.patchCount(), repeats);
@@ -357,5 +497,8 @@ int main(int argc, char** argv) {
                     (list.record + list.firstReplay) / (vbo.upload + vbo.firstFrame));
         if (frameRatio > 1.15 || setupRatio > 1.25) ++failures;
     }
+    if (only != "list")
+        for (const std::size_t size : frameSizes)
+            if (!measureFirstFrames(context, width, height, repeats, size)) ++failures;
     return failures == 0 ? 0 : 3;
 }

@@ -22,6 +22,7 @@
 #include "oxeffects.h"
 #include "oxglcontext.h"
 #include "oxscenetypes.h"
+#include "oxselectfilter.h"
 
 #include "oxcolor.h"
 #include "oxgeoboundbox.h"
@@ -206,15 +207,33 @@ public:
     // --- picking ---------------------------------------------------------------------------
     /// The topmost drawable in the square of half size `hsize` about (px, py), or null.
     void pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox::refPtr<ox::iRefObj>& result) const;
-    /// Every drawable hit in the rectangle, nearest first, each once.
-    std::vector<ox::refPtr<iDrawable>> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
-                                                        unsigned int y2) const;
-    /// The nearest drawable in the rectangle and the world point on its surface under the
-    /// rectangle's centre; false when nothing is there.
+    /// Rectangle queries. Corners are window pixels (y down) in either order; a rectangle without
+    /// width or height picks the one pixel column or row it names. A hit is one record of the GL
+    /// selection: it is reported wherever any part of a drawable reaches into the rectangle, also
+    /// behind nearer ones (what is covered on the screen is hit as well). `filter` decides which
+    /// hits count (null: all); a filter that throws rejects that hit with a warning.
+    ///
+    /// Every hit record the filter keeps, nearest first (by minimum depth). A drawable that pushes
+    /// names of its own (grips, parts) may give several records, each with its names.
+    std::vector<pickHit_t> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                            const ox::refPtr<iSelectFilter>& filter = {}) const;
+    /// The nearest hit the filter keeps and the world point under the rectangle's centre at the
+    /// depth of that hit's nearest point in the rectangle; false, with `hit` and `point`
+    /// untouched, when nothing was kept.
     bool pickSelectGetFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                          ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) const;
+                                          ox::refPtr<iDrawable>& hit, oxGeo::point3d& point,
+                                          const ox::refPtr<iSelectFilter>& filter = {}) const;
+    /// The same point without the drawable.
     bool getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                oxGeo::point3d& point) const;
+                                oxGeo::point3d& point, const ox::refPtr<iSelectFilter>& filter = {}) const;
+    /// Rubber-band selection: every drawable the filter keeps in the rectangle changes the
+    /// selection as `mode` says (replace, add, toggle, remove). Returns those drawables, nearest
+    /// first, each once. A moveRotationControl's handle is never among them. Fires
+    /// kEventSceneChanged when the selection changed. An unknown mode is refused with a warning
+    /// and changes nothing.
+    std::vector<ox::refPtr<iDrawable>> selectMultiple(unsigned int x1, unsigned int y1, unsigned int x2,
+                                                      unsigned int y2, eSelectMode mode,
+                                                      const ox::refPtr<iSelectFilter>& filter = {});
     /// Run-time type names (typeid(...).name()) preferred by pickSelect within its depth tolerance.
     void setPreferredPickTypes(const std::vector<std::string>& typeNames);
     /// The rectangle selection behind every pick: all hits, in the driver's order.

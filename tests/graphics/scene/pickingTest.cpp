@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "oxboundeddrawable.h"
 #include "oxlog.h"
+#include "oxmeshentity.h"
+#include "oxmoverotationcontrol.h"
 
+#include <memory>
+#include <set>
 #include <typeinfo>
 
 namespace {
@@ -45,8 +50,8 @@ TEST_F(pickingTest, theTopmostDrawableUnderTheCursorWins) {
 
     const auto all = view->pickSelectInRect(40, 40, 60, 60);
     ASSERT_EQ(all.size(), 2u);
-    EXPECT_EQ(all[0], high);
-    EXPECT_EQ(all[1], low);
+    EXPECT_EQ(all[0].drawable, high);
+    EXPECT_EQ(all[1].drawable, low);
 
     ox::refPtr<oxGraphics::iDrawable> hit;
     point3d where;
@@ -121,6 +126,93 @@ TEST_F(pickingTest, preferredTypesWinWithinTheToleranceAndNamesStayWithTheirDraw
         if (hit.drawable == named) EXPECT_EQ(hit.names, (std::vector<std::uint32_t>{42}));
         else EXPECT_TRUE(hit.names.empty());
     }
+}
+
+// A rubber band in each mode, with and without a type filter, over four squares and a small cap
+// lying above the mesh at the top right. Pixels: x = 50 + 10·wx, y = 50 − 10·wy.
+TEST_F(pickingTest, rubberBandsSelectInEachModeAndFiltersByType) {
+    using oxGraphics::eSelectMode;
+    using drawables_t = std::vector<ox::refPtr<oxGraphics::iDrawable>>;
+    auto view = pickScene();
+    const auto meshSquare = [](double x, double y) {
+        auto mesh = std::make_shared<oxGeo::mesh3d>();
+        mesh->addQuad(mesh->addVertex({x - 1, y - 1, 0}), mesh->addVertex({x + 1, y - 1, 0}),
+                      mesh->addVertex({x + 1, y + 1, 0}), mesh->addVertex({x - 1, y + 1, 0}));
+        return oxGraphics::meshEntity::create(ox::const_sharedPtr<oxGeo::mesh3d>(std::move(mesh)));
+    };
+    ox::refPtr<oxGraphics::iDrawable> topLeft(new testSquare({-3, 3, 0}, 1, {255, 0, 0}));
+    ox::refPtr<oxGraphics::iDrawable> bottomLeft(new testSquare({-3, -3, 0}, 1, {255, 0, 0}));
+    ox::refPtr<oxGraphics::iDrawable> cap(new testSquare({3, 3, 2}, 0.5, {0, 0, 255}));
+    const ox::refPtr<oxGraphics::iDrawable> topRight(oxGraphics::boundedDrawable::create(meshSquare(3, 3)));
+    const ox::refPtr<oxGraphics::iDrawable> bottomRight(meshSquare(3, -3));
+    for (const auto& d : {topLeft, bottomLeft, cap, topRight, bottomRight}) view->add(d);
+    ox::refPtr<oxtest::eventCounter> events(new oxtest::eventCounter);
+    view->addObserver(events);
+
+    const auto meshes = oxGraphics::typeNameSelectFilter::create({typeid(oxGraphics::meshEntity).name()});
+    const testSquare& squareObject = static_cast<const testSquare&>(*cap.get());
+    const auto squares = oxGraphics::typeNameSelectFilter::create({typeid(squareObject).name()});
+    const struct {
+        const char* what;
+        unsigned int x1, y1, x2, y2;
+        eSelectMode mode;
+        ox::refPtr<oxGraphics::iSelectFilter> filter;
+        drawables_t inBand;  // nearest first; equally near ones in the order they were added
+        drawables_t selectedAfter;
+    } steps[] = {
+        {"replace: the top half", 0, 0, 100, 45, eSelectMode::replace, {}, {cap, topLeft, topRight},
+         {topLeft, cap, topRight}},
+        {"add: the left half", 0, 0, 45, 100, eSelectMode::add, {}, {topLeft, bottomLeft},
+         {topLeft, bottomLeft, cap, topRight}},
+        {"toggle, corners swapped", 45, 100, 0, 0, eSelectMode::toggle, {}, {topLeft, bottomLeft}, {cap, topRight}},
+        {"remove squares only", 0, 0, 100, 45, eSelectMode::remove, squares, {cap, topLeft}, {topRight}},
+        {"replace with meshes, also through the adapter", 0, 0, 100, 100, eSelectMode::replace, meshes,
+         {topRight, bottomRight}, {topRight, bottomRight}},
+        {"replace with an empty zero-size band clears", 10, 90, 10, 90, eSelectMode::replace, {}, {}, {}},
+    };
+    for (const auto& step : steps) {
+        const int eventsBefore = events->changed;
+        EXPECT_EQ(view->selectMultiple(step.x1, step.y1, step.x2, step.y2, step.mode, step.filter), step.inBand)
+            << step.what;
+        drawables_t selected;
+        for (const auto& d : {topLeft, bottomLeft, cap, topRight, bottomRight})
+            if (view->isSelected(d)) selected.push_back(d);
+        EXPECT_EQ(selected, step.selectedAfter) << step.what;
+        EXPECT_EQ(events->changed, eventsBefore + 1) << step.what; // each step changed the selection
+    }
+    // The same band again changes nothing and says so by staying quiet; so does a mode that is none.
+    view->addToSelection(topLeft);
+    const int eventsBefore = events->changed;
+    EXPECT_TRUE(view->selectMultiple(0, 0, 45, 45, eSelectMode::add).size() == 1 && view->isSelected(topLeft));
+    oxlog::logCapture capture;
+    EXPECT_TRUE(view->selectMultiple(0, 0, 100, 100, static_cast<eSelectMode>(7)).empty());
+    EXPECT_EQ(capture.messages("oxGraphics::scene::selectMultiple"),
+              std::vector<std::wstring>{L"refused the unknown select mode 7"});
+    EXPECT_EQ(events->changed, eventsBefore);
+    EXPECT_TRUE(view->isSelected(topLeft));
+
+    // A band across the manipulator's handle selects what lies there, not the handle.
+    auto control = oxGraphics::moveRotationControl::create(view, oxGeo::matrix3d(), true);
+    control->attachToScene();
+    std::set<const oxGraphics::iDrawable*> everything;
+    for (const auto& hit : view->pickSelectInRect(0, 0, 100, 100)) everything.insert(hit.drawable.get());
+    EXPECT_EQ(everything.size(), 6u); // the handle is hit
+    EXPECT_EQ(view->selectMultiple(0, 0, 100, 100, eSelectMode::replace).size(), 5u);
+    control->detachFromScene();
+
+    // The first hit above the top-right mesh is the cap, unless only meshes count.
+    ox::refPtr<oxGraphics::iDrawable> hit;
+    point3d where;
+    ASSERT_TRUE(view->pickSelectGetFirstHitPointInRect(82, 22, 78, 18, hit, where));
+    EXPECT_EQ(hit, cap);
+    EXPECT_NEAR(where.z(), 2.0, 0.05);
+    ASSERT_TRUE(view->pickSelectGetFirstHitPointInRect(78, 18, 82, 22, hit, where, meshes));
+    EXPECT_EQ(hit, topRight);
+    EXPECT_TRUE(where.isEqualTo(point3d(3, 3, 0), 0.05)) << where.x() << " " << where.y() << " " << where.z();
+    EXPECT_FALSE(view->getFirstHitPointInRect(20, 70, 40, 90, where, meshes)); // only a square there
+    const auto all = view->pickSelectInRect(0, 0, 100, 100, squares);
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[0].drawable, cap);
 }
 
 } // namespace

@@ -40,19 +40,22 @@ void glFlatTriangles::add(const oxGeo::indexedTrianglePatch3d& patch) {
     const oxGeo::vector3d n = (p1 - p0).cross(p2 - p0);
     const double length = n.length();
     if (length <= kDegenerateNormal) return;
-    const float nx = static_cast<float>(n.x() / length);
-    const float ny = static_cast<float>(n.y() / length);
-    const float nz = static_cast<float>(n.z() / length);
-
+    const float normal[3] = {static_cast<float>(n.x() / length), static_cast<float>(n.y() / length),
+                             static_cast<float>(n.z() / length)};
     forEachTriangle(patch, [&](const oxGeo::point3d& a, const oxGeo::point3d& b, const oxGeo::point3d& c) {
-        beginTriangle();
-        glNormal3f(nx, ny, nz);
-        vertex(a);
-        glNormal3f(nx, ny, nz);
-        vertex(b);
-        glNormal3f(nx, ny, nz);
-        vertex(c);
+        emitTriangle(normal, a, b, c);
     });
+}
+
+void glFlatTriangles::emitTriangle(const float (&normal)[3], const oxGeo::point3d& a, const oxGeo::point3d& b,
+                                   const oxGeo::point3d& c) {
+    beginTriangle();
+    // The current normal holds for every vertex that follows, so once per flat triangle gives
+    // the driver the same vertices for a third of the calls.
+    glNormal3f(normal[0], normal[1], normal[2]);
+    vertex(a);
+    vertex(b);
+    vertex(c);
 }
 
 } // namespace oxGraphics::openGL

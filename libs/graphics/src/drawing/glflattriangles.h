@@ -3,8 +3,9 @@
 // mesh operations.
 //
 // Per patch: n = (p1 − p0) × (p2 − p0); a face with |n| <= 1e-6 is skipped; otherwise n is
-// normalised and sent with each vertex (glNormal3f, glVertex3f). A triangle gives (p0, p1, p2), a
-// quad (p0, p1, p2) and (p2, p3, p0) with the normal of its first three corners.
+// normalised and made current before the triangle's three vertices (glNormal3f once, then
+// glVertex3f for each corner). A triangle gives (p0, p1, p2), a quad (p0, p1, p2) and (p2, p3, p0)
+// with the normal of its first three corners. Every triangle reaches GL through emitTriangle.
 //
 // Recording speed: while a display list is compiled, drivers collect the vertices of consecutive
 // glBegin/glEnd blocks and convert them when a non-vertex command arrives (Mesa: into an indexed
@@ -48,6 +49,9 @@ public:
     std::size_t triangleCount() const { return mTriangles; }
 
 private:
+    /// The one place a triangle is emitted: its normal, then its corners in order.
+    void emitTriangle(const float (&normal)[3], const oxGeo::point3d& a, const oxGeo::point3d& b,
+                      const oxGeo::point3d& c);
     void beginTriangle();
 
     unsigned int mPolygonMode;

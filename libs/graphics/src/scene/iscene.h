@@ -7,6 +7,7 @@
 #include "oxeffects.h"
 #include "oxglcontext.h"
 #include "oxscenetypes.h"
+#include "oxselectfilter.h"
 
 #include "oxcolor.h"
 #include "oxgeoboundbox.h"
@@ -100,13 +101,14 @@ public:
     virtual void drawRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) = 0; // 58
     virtual void setRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) = 0; // 59
     virtual bool clearRubberRect() = 0;                                                           // 60
-    /// Every drawable hit inside the rectangle, nearest first, each once.
-    virtual std::vector<ox::refPtr<iDrawable>> pickSelectInRect(unsigned int x1, unsigned int y1,
-                                                                unsigned int x2, unsigned int y2) = 0; // 61
-    /// The nearest hit in the rectangle and the world point on its surface under the rectangle's
-    /// centre; false when nothing was hit.
+    /// Every hit record in the rectangle that `filter` keeps (null: all), nearest first.
+    virtual std::vector<pickHit_t> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
+                                                    unsigned int y2, const iSelectFilter* filter) = 0; // 61
+    /// The nearest hit `filter` keeps and the world point under the rectangle's centre at its
+    /// depth; false when nothing was kept.
     virtual bool getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                        ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) = 0;   // 62
+                                        const iSelectFilter* filter, ox::refPtr<iDrawable>& hit,
+                                        oxGeo::point3d& point) = 0;                               // 62
     virtual void setPreferredPickTypes(const std::vector<std::string>& typeNames) = 0;            // 63
     virtual void setSelected(const ox::refPtr<iDrawable>& drawable, bool selected) = 0;           // 64
     virtual bool isSelected(const ox::refPtr<iDrawable>& drawable) const = 0;                     // 65

@@ -134,10 +134,10 @@ public:
     void drawRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) override;
     void setRubberRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2) override;
     bool clearRubberRect() override;
-    std::vector<ox::refPtr<iDrawable>> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
-                                                        unsigned int y2) override;
+    std::vector<pickHit_t> pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                            const iSelectFilter* filter) override;
     bool getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) override;
+                                const iSelectFilter* filter, ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) override;
     void setPreferredPickTypes(const std::vector<std::string>& typeNames) override;
     void setSelected(const ox::refPtr<iDrawable>& drawable, bool selected) override;
     bool isSelected(const ox::refPtr<iDrawable>& drawable) const override;

@@ -127,35 +127,4 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     }
 }
 
-std::vector<ox::refPtr<iDrawable>> glScene::pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
-                                                             unsigned int y2) {
-    std::vector<pickHit_t> hits;
-    pickSelectRect(x1, y1, x2, y2, hits, 0);
-    std::stable_sort(hits.begin(), hits.end(),
-                     [](const pickHit_t& a, const pickHit_t& b) { return a.minDepth < b.minDepth; });
-    std::vector<ox::refPtr<iDrawable>> result;
-    for (const auto& hit : hits)
-        if (std::find(result.begin(), result.end(), hit.drawable) == result.end()) result.push_back(hit.drawable);
-    return result;
-}
-
-bool glScene::getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                     ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) {
-    std::vector<pickHit_t> hits;
-    pickSelectRect(x1, y1, x2, y2, hits, 0);
-    const pickHit_t* nearest = nullptr;
-    for (const auto& candidate : hits)
-        if (nearest == nullptr || candidate.minDepth < nearest->minDepth) nearest = &candidate;
-    if (nearest == nullptr) return false;
-    hit = nearest->drawable;
-    // Window depth 0..1 to eye depth: the projection maps eye z in [100 s, -100 s] onto it.
-    const double windowDepth = nearest->minDepth / 4294967295.0;
-    const double eyeZ = -(2.0 * windowDepth - 1.0) * 100.0 * mProjection.viewSize();
-    const oxGeo::point3d eye = mProjection.windowToEye((x1 + x2) / 2.0, (y1 + y2) / 2.0, eyeZ);
-    oxGeo::matrix3d eyeToWorld;
-    if (!modelView().inverse(eyeToWorld)) return false;
-    point = eyeToWorld * eye;
-    return true;
-}
-
 } // namespace oxGraphics::openGL

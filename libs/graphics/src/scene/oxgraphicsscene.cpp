@@ -1,8 +1,10 @@
 // The scene facade: forwarding to the renderer, events, and the fit operations.
 #include "oxscene.h"
 
+#include "manipulator/moverotationcontrolentity.h"
 #include "oxglscene.h"
 #include "pickchoice.h"
+#include "pickqueries.h"
 
 #include "oxgeodtconvert.h"
 #include "oxlog.h"
@@ -18,6 +20,7 @@ namespace oxGraphics {
 namespace {
 constexpr double kFitMargin = 0.05; // fraction of the usable area left free around a fitted box
 constexpr const char* kPickLogger = "oxGraphics::scene::pickSelect";
+constexpr const char* kSelectMultipleLogger = "oxGraphics::scene::selectMultiple";
 } // namespace
 
 ox::refPtr<scene> scene::create(const ox::refPtr<iGlContext>& context, bool presentToWindow, bool smoothViewEnabled) {
@@ -324,20 +327,51 @@ void scene::pickSelect(unsigned int px, unsigned int py, unsigned int hsize, ox:
     }
 }
 
-std::vector<ox::refPtr<iDrawable>> scene::pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2,
-                                                           unsigned int y2) const {
-    return mImplementation->pickSelectInRect(x1, y1, x2, y2);
+std::vector<pickHit_t> scene::pickSelectInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                                               const ox::refPtr<iSelectFilter>& filter) const {
+    return mImplementation->pickSelectInRect(x1, y1, x2, y2, filter.get());
 }
 
 bool scene::pickSelectGetFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                             ox::refPtr<iDrawable>& hit, oxGeo::point3d& point) const {
-    return mImplementation->getFirstHitPointInRect(x1, y1, x2, y2, hit, point);
+                                             ox::refPtr<iDrawable>& hit, oxGeo::point3d& point,
+                                             const ox::refPtr<iSelectFilter>& filter) const {
+    return mImplementation->getFirstHitPointInRect(x1, y1, x2, y2, filter.get(), hit, point);
 }
 
 bool scene::getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                                   oxGeo::point3d& point) const {
+                                   oxGeo::point3d& point, const ox::refPtr<iSelectFilter>& filter) const {
     ox::refPtr<iDrawable> hit;
-    return mImplementation->getFirstHitPointInRect(x1, y1, x2, y2, hit, point);
+    return mImplementation->getFirstHitPointInRect(x1, y1, x2, y2, filter.get(), hit, point);
+}
+
+std::vector<ox::refPtr<iDrawable>> scene::selectMultiple(unsigned int x1, unsigned int y1, unsigned int x2,
+                                                         unsigned int y2, eSelectMode mode,
+                                                         const ox::refPtr<iSelectFilter>& filter) {
+    switch (mode) {
+    case eSelectMode::replace:
+    case eSelectMode::add:
+    case eSelectMode::toggle:
+    case eSelectMode::remove: break;
+    default:
+        OX_LOG_WARN(kSelectMultipleLogger, L"refused the unknown select mode %d", static_cast<int>(mode));
+        return {};
+    }
+    // Without a context nothing is picked, and a replace must not read that as an empty band.
+    const auto context = mImplementation->glContext();
+    if (!context || !context->makeCurrent()) return {};
+    auto inRectangle = pickQueries::distinctDrawables(mImplementation->pickSelectInRect(x1, y1, x2, y2, filter.get()));
+    // The manipulator's handle is a tool on the content, not content: a band drawn across it
+    // selects what lies there, never the handle.
+    std::erase_if(inRectangle, [](const ox::refPtr<iDrawable>& drawable) {
+        return dynamic_cast<const moveRotationControlEntity*>(drawable.get()) != nullptr;
+    });
+    std::vector<ox::refPtr<iDrawable>> selectedNow;
+    for (const auto& drawable : mImplementation->drawables())
+        if (mImplementation->isSelected(drawable)) selectedNow.push_back(drawable);
+    const auto changes = pickQueries::selectionChanges(mode, inRectangle, selectedNow);
+    for (const auto& change : changes) mImplementation->setSelected(change.drawable, change.selected);
+    if (!changes.empty()) fireSceneChanged();
+    return inRectangle;
 }
 
 void scene::setPreferredPickTypes(const std::vector<std::string>& typeNames) {
