@@ -125,6 +125,9 @@ public:
     virtual ox::rgbColor color(unsigned int colorId) const = 0;                                   // 77
     /// Whether frames have a complete place to go (see scene::targetsComplete).
     virtual bool targetsComplete() const = 0;                                                     // 78
+    /// Whether rectangle selections answer from the CPU captures (true) or always use selection mode.
+    virtual void setPickAccelerated(bool accelerated) = 0;                                        // 79
+    virtual bool isPickAccelerated() const = 0;                                                   // 80
 };
 
 } // namespace oxGraphics

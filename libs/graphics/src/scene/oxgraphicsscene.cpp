@@ -322,6 +322,10 @@ bool scene::getFirstHitPointInRect(unsigned int x1, unsigned int y1, unsigned in
     return mImplementation->getFirstHitPointInRect(x1, y1, x2, y2, hit, point);
 }
 
+void scene::setPickAccelerated(bool accelerated) { mImplementation->setPickAccelerated(accelerated); }
+
+bool scene::isPickAccelerated() const { return mImplementation->isPickAccelerated(); }
+
 void scene::setPreferredPickTypes(const std::vector<std::string>& typeNames) {
     mImplementation->setPreferredPickTypes(typeNames);
 }
