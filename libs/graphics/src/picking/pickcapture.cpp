@@ -60,8 +60,11 @@ void pickCapture::addMesh(const oxGeo::mesh3d& mesh, int mode, bool strictDegene
     if (poison != 0.0f) mNonFinite = true;
 
     op_t& op = batch(mode == 1 ? opKind::wireTriangles : opKind::filledTriangles);
+    std::size_t quads = 0;
+    for (const auto& face : faces) quads += face.mIndex[3] != oxGeo::indexedTrianglePatch3d::kNoIndex ? 1 : 0;
     const std::size_t before = mCorners.size();
-    mCorners.reserve(before + faces.size() * 3);
+    mCorners.resize(before + (faces.size() + quads) * 3);
+    std::uint32_t* corner = mCorners.data() + before;
     const auto b = static_cast<std::uint32_t>(base);
     for (const auto& face : faces) {
         const std::uint32_t* i = face.mIndex;
@@ -69,9 +72,18 @@ void pickCapture::addMesh(const oxGeo::mesh3d& mesh, int mode, bool strictDegene
         // The same test as the drawer's, on the same doubles, so the same faces are left out.
         const double length = (vertices[i[1]] - p0).cross(vertices[i[2]] - p0).length();
         if (strictDegenerate ? length < kDegenerateNormal : length <= kDegenerateNormal) continue;
-        mCorners.insert(mCorners.end(), {b + i[0], b + i[1], b + i[2]});
-        if (i[3] != oxGeo::indexedTrianglePatch3d::kNoIndex) mCorners.insert(mCorners.end(), {b + i[2], b + i[3], b + i[0]});
+        corner[0] = b + i[0];
+        corner[1] = b + i[1];
+        corner[2] = b + i[2];
+        corner += 3;
+        if (i[3] != oxGeo::indexedTrianglePatch3d::kNoIndex) {
+            corner[0] = b + i[2];
+            corner[1] = b + i[3];
+            corner[2] = b + i[0];
+            corner += 3;
+        }
     }
+    mCorners.resize(static_cast<std::size_t>(corner - mCorners.data()));
     op.count += (mCorners.size() - before) / 3;
 }
 
@@ -176,26 +188,8 @@ void pickCapture::forEachPrimitive(const op_t& op, std::size_t first, std::size_
 void pickCapture::buildHierarchy(std::size_t index) const {
     if (mHierarchies.size() < mOps.size()) mHierarchies.resize(mOps.size());
     const op_t& op = mOps[index];
-    const std::size_t stride = strideOf(op.kind);
-    std::uint32_t* corners = mCorners.data() + op.first;
-    const float* v = mVertices.data();
     auto hierarchy = std::make_unique<pickHierarchy>();
-    const std::vector<std::uint32_t> order =
-        hierarchy->build(static_cast<std::uint32_t>(op.count), [&](std::uint32_t i, float* lo, float* hi) {
-            const std::uint32_t* c = corners + static_cast<std::size_t>(i) * stride;
-            for (int k = 0; k < 3; ++k) lo[k] = hi[k] = v[c[0] * 3 + k];
-            for (std::size_t j = 1; j < stride; ++j)
-                for (int k = 0; k < 3; ++k) {
-                    const float x = v[c[j] * 3 + k];
-                    if (x < lo[k]) lo[k] = x;
-                    if (x > hi[k]) hi[k] = x;
-                }
-        });
-    // Store the batch's primitives in hierarchy order: a leaf is a consecutive run.
-    std::vector<std::uint32_t> sorted(op.count * stride);
-    for (std::size_t j = 0; j < order.size(); ++j)
-        for (std::size_t k = 0; k < stride; ++k) sorted[j * stride + k] = corners[order[j] * stride + k];
-    std::copy(sorted.begin(), sorted.end(), corners);
+    hierarchy->build(mVertices.data(), mCorners.data() + op.first, strideOf(op.kind), static_cast<std::uint32_t>(op.count));
     mHierarchies[index] = std::move(hierarchy);
 }
 
