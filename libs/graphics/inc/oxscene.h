@@ -205,9 +205,10 @@ public:
     /// On (the default), rectangle selections are answered from CPU copies of what the drawables'
     /// recordings hold, kept with each recording and indexed on their first pick: a pick costs
     /// well under a millisecond even with millions of triangles in view. The records are those of
-    /// OpenGL selection mode (the same drawables, names and order; depths within 2^-16 of the depth
-    /// range). Drawables that draw GLU quadrics, and every drawable while depth clamping is on,
-    /// are still picked with selection mode. Off: every pick uses selection mode, as a reference.
+    /// OpenGL selection mode (the same drawables, names and order; depths within 2^-16 of the
+    /// depth range). Drawables that draw GLU quadrics (the manipulator), and every drawable while
+    /// depth clamping is on, are still picked with selection mode. Off: every pick uses selection
+    /// mode, as a reference.
     void setPickAccelerated(bool accelerated);
     bool isPickAccelerated() const;
 
