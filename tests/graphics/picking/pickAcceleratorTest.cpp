@@ -10,7 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
+#include <functional>
+#include <limits>
 #include <random>
 #include <typeinfo>
 
@@ -216,6 +219,74 @@ TEST_F(pickAcceleratorTest, answersAsSelectionModeOnGeneratedScenes) {
     EXPECT_GT(hitsCompared, 1000u); // the generated scenes are hit often enough to mean something
     std::printf("compared %zu hits; largest depth difference %lld (tolerance %lld)\n", hitsCompared,
                 static_cast<long long>(worstDepth), static_cast<long long>(kDepthTolerance));
+}
+
+// A drawable that emits one hostile thing through the drawer.
+class emitting : public oxGraphics::iDrawable, public ox::refObj {
+public:
+    explicit emitting(std::function<void(oxGraphics::iDrawer&)> emit) : mEmit(std::move(emit)) {}
+    bool draw(oxGraphics::iDrawer* drawer, oxGraphics::eRendermode, oxGraphics::shaderProgram*) override {
+        mEmit(*drawer);
+        return true;
+    }
+    void invalidate() override {}
+    void setTransformation(const oxGeo::matrix3d&) override {}
+
+private:
+    std::function<void(oxGraphics::iDrawer&)> mEmit;
+};
+
+// Non-finite matrices and points, empty and huge geometry, unbalanced matrices and names: the
+// accelerated selection neither crashes nor hangs and answers as selection mode does (mostly by
+// leaving such drawables to it).
+TEST_F(pickAcceleratorTest, hostileDrawablesAnswerAsSelectionMode) {
+    expectGlError(GL_STACK_UNDERFLOW); // selection mode drawing the unbalanced drawables
+    expectGlError(GL_STACK_OVERFLOW);
+    expectGlError(GL_INVALID_OPERATION); // a load onto the name stack those drawables emptied
+    const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+    oxGeo::matrix3d nanMatrix;
+    nanMatrix(0, 0) = nan;
+    oxGeo::mesh3d nanMesh, hugeMesh, emptyMesh;
+    nanMesh.addVertex({nan, 0, 0});
+    nanMesh.addVertex({1, 0, 0});
+    nanMesh.addVertex({0, 1, 0});
+    nanMesh.addTriangle(0, 1, 2);
+    hugeMesh.addVertex({-1e30, -1e30, 0});
+    hugeMesh.addVertex({1e30, -1e30, 0});
+    hugeMesh.addVertex({0, 1e30, 0});
+    hugeMesh.addTriangle(0, 1, 2);
+    const std::function<void(oxGraphics::iDrawer&)> cases[] = {
+        [&](oxGraphics::iDrawer& d) { d.multMatrix(nanMatrix); d.drawMesh(hugeMesh, 0); },
+        [&](oxGraphics::iDrawer& d) { d.drawMesh(nanMesh, 0); d.drawMesh(nanMesh, 1); },
+        [&](oxGraphics::iDrawer& d) { d.drawMesh(hugeMesh, 0); d.drawMesh(emptyMesh, 1); },
+        [&](oxGraphics::iDrawer& d) { d.drawPoints({{inf, 0, 0}, {0, 0, 0}}); d.drawPolyline({}); d.drawPolyline({{0, 0, 0}}); },
+        [&](oxGraphics::iDrawer& d) { d.drawLine({-1e300, 0, 0}, {1e300, 0, 0}, false); },
+        [&](oxGraphics::iDrawer& d) { d.popMatrix(); d.popMatrix(); d.drawPoint({0, 0, 0}); },
+        [&](oxGraphics::iDrawer& d) {
+            for (int i = 0; i < 40; ++i) d.pushMatrix();
+            for (unsigned i = 0; i < 70; ++i) d.pushName(i);
+            d.drawPoint({0, 0, 0});
+            d.popName();
+        },
+    };
+    for (std::size_t c = 0; c < std::size(cases); ++c) {
+        SCOPED_TRACE("case " + std::to_string(c));
+        auto view = oxtest::makeScene(100, 100, 0);
+        view->add(ox::refPtr<oxGraphics::iDrawable>(new emitting(cases[c])));
+        view->add(ox::refPtr<oxGraphics::iDrawable>(new oxtest::testSquare({0, 0, 0}, 2, {255, 0, 0})));
+        for (const auto& [x1, y1, x2, y2] : {std::array<unsigned, 4>{45, 45, 55, 55}, {0, 0, 0, 0}, {0, 0, 4000000000u, 4000000000u}}) {
+            view->setPickAccelerated(true);
+            const auto fast = view->pickSelectRect(x1, y1, x2, y2);
+            view->setPickAccelerated(false);
+            const auto reference = view->pickSelectRect(x1, y1, x2, y2);
+            ASSERT_EQ(fast.size(), reference.size()) << describe(fast) << " / " << describe(reference);
+            for (std::size_t i = 0; i < fast.size(); ++i) {
+                EXPECT_EQ(fast[i].drawable, reference[i].drawable);
+                EXPECT_EQ(fast[i].names, reference[i].names);
+                EXPECT_LE(std::llabs(std::int64_t{fast[i].minDepth} - reference[i].minDepth), kDepthTolerance);
+            }
+        }
+    }
 }
 
 } // namespace

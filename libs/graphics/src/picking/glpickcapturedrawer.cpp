@@ -53,7 +53,7 @@ const pickFrustum& glPickCaptureDrawer::frustum() {
 void glPickCaptureDrawer::pushMatrix() {
     if (isRecording()) return glDrawer::pushMatrix();
     if (mStack.size() >= kMaxStackDepth) {
-        mNeedsSelectionMode = true;
+        mStackBroken = true;
         return;
     }
     mStack.push_back(mStack.back());
@@ -73,7 +73,7 @@ void glPickCaptureDrawer::multMatrix(const oxGeo::matrix3d& m) {
 void glPickCaptureDrawer::popMatrix() {
     if (isRecording()) return glDrawer::popMatrix();
     if (mStack.size() <= 1) {
-        mNeedsSelectionMode = true;
+        mStackBroken = true;
         return;
     }
     mStack.pop_back();
@@ -211,7 +211,7 @@ void glPickCaptureDrawer::popName() {
 
 void glPickCaptureDrawer::replay(const pickCapture& capture) {
     const auto& ops = capture.ops();
-    for (std::size_t i = 0; i < ops.size() && !mNeedsSelectionMode; ++i) {
+    for (std::size_t i = 0; i < ops.size() && !needsSelectionMode(); ++i) {
         const auto& op = ops[i];
         switch (op.kind) {
         case pickCapture::opKind::pushName: mEmulator.pushName(op.value); break;

@@ -32,7 +32,7 @@ public:
     ~glPickCaptureDrawer() override;
 
     /// Something the current drawable drew cannot be answered here.
-    bool needsSelectionMode() const { return mNeedsSelectionMode; }
+    bool needsSelectionMode() const { return mNeedsSelectionMode || mStackBroken; }
     void clearNeedsSelectionMode() { mNeedsSelectionMode = false; }
 
     void pushMatrix() override;
@@ -82,6 +82,10 @@ private:
     pickFrustum mFrustum;
     bool mFrustumCurrent = false;
     bool mNeedsSelectionMode = false;
+    /// A drawable popped below its start or pushed past the driver's depth. The driver's stack
+    /// is then not what this drawer's is for everything drawn afterwards, so from there on every
+    /// drawable is left to selection mode, which then draws them all in the same state.
+    bool mStackBroken = false;
 };
 
 } // namespace oxGraphics::openGL

@@ -40,7 +40,8 @@ std::uint32_t spreadBits(std::uint32_t v) {
 
 } // namespace
 
-void pickHierarchy::build(const float* vertices, std::uint32_t* corners, std::size_t stride, std::uint32_t count) {
+void pickHierarchy::build(const float* vertices, std::size_t vertexCount, std::uint32_t* corners, std::size_t stride,
+                          std::uint32_t count) {
     mNodes.clear();
     if (count == 0 || stride == 0) return;
     // Corner sums stand for the centres (the division by the corner count changes no order).
@@ -49,17 +50,21 @@ void pickHierarchy::build(const float* vertices, std::uint32_t* corners, std::si
         for (std::size_t j = 1; j < stride; ++j)
             for (int k = 0; k < 3; ++k) sum[k] += vertices[std::size_t(c[j]) * 3 + k];
     };
+    // The grid of the codes spans the vertices' box (a sequential pass, cheaper than one over the
+    // primitives), scaled by the corner count since the codes are taken of corner sums.
     float lo[3] = {1e38f, 1e38f, 1e38f}, hi[3] = {-1e38f, -1e38f, -1e38f};
-    for (std::uint32_t i = 0; i < count; ++i) {
-        float sum[3];
-        sumOf(corners + std::size_t(i) * stride, sum);
+    for (std::size_t v = 0; v < vertexCount * 3; v += 3)
         for (int k = 0; k < 3; ++k) {
-            lo[k] = std::min(lo[k], sum[k]);
-            hi[k] = std::max(hi[k], sum[k]);
+            lo[k] = std::min(lo[k], vertices[v + k]);
+            hi[k] = std::max(hi[k], vertices[v + k]);
         }
-    }
+    const auto corners3 = static_cast<float>(stride);
     float scale[3];
-    for (int k = 0; k < 3; ++k) scale[k] = hi[k] > lo[k] ? 1023.0f / (hi[k] - lo[k]) : 0.0f;
+    for (int k = 0; k < 3; ++k) {
+        lo[k] *= corners3;
+        hi[k] *= corners3;
+        scale[k] = hi[k] > lo[k] ? 1023.0f / (hi[k] - lo[k]) : 0.0f;
+    }
     // Uninitialised on purpose: every element is written before it is read.
     const std::unique_ptr<std::uint64_t[]> buffers(new std::uint64_t[std::size_t(count) * 2]);
     std::uint64_t* keys = buffers.get();

@@ -16,7 +16,7 @@ namespace oxGraphics::openGL {
 
 class pickHierarchy {
 public:
-    static constexpr std::uint32_t kLeafSize = 8;
+    static constexpr std::uint32_t kLeafSize = 12;
 
     struct node_t {
         float lo[3];
@@ -26,8 +26,10 @@ public:
     };
 
     /// Builds over `count` primitives of `stride` corners each (indices into `vertices`, x y z
-    /// floats), and reorders `corners` so that every leaf is a consecutive run of primitives.
-    void build(const float* vertices, std::uint32_t* corners, std::size_t stride, std::uint32_t count);
+    /// floats, `vertexCount` of them), and reorders `corners` so that every leaf is a consecutive
+    /// run of primitives.
+    void build(const float* vertices, std::size_t vertexCount, std::uint32_t* corners, std::size_t stride,
+               std::uint32_t count);
 
     /// Calls visit(first, count) for every leaf whose box may touch the frustum.
     template <class Visit>
