@@ -1,7 +1,5 @@
 #include "selectionemulator.h"
 
-#include <cmath>
-
 namespace oxGraphics::openGL {
 
 std::uint32_t selectionEmulator::scaledDepth(float depth) {

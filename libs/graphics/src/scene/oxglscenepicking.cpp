@@ -1,4 +1,5 @@
-// glScene: picking with OpenGL selection mode.
+// glScene: rectangle selection, answered from the drawables' CPU captures (picking/) where they
+// can answer, and with OpenGL selection mode for the rest or when asked to.
 #include "oxglscene.h"
 
 #include "drawing/glselectdrawer.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <map>
 #include <mutex>
 
 namespace oxGraphics::openGL {
@@ -28,10 +28,6 @@ selectionBuffer_t& selectionBuffer() {
     static selectionBuffer_t buffer;
     return buffer;
 }
-
-} // namespace
-
-namespace {
 
 using pickRecords = std::vector<selectionEmulator::record_t>;
 
