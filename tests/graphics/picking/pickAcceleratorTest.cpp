@@ -71,14 +71,15 @@ struct generator {
 };
 
 // A host drawable that uses most of the drawer: names around and inside its recording, matrices
-// inside the recording, wire-frame or filled meshes, lines, points, now and then a quadric (which
-// selection mode answers) and a name left pushed.
+// inside the recording, wire-frame or filled meshes (plain, gradient, coloured by patch or patch
+// by patch), lines, points, now and then a quadric (which selection mode answers) and a name left
+// pushed.
 class mixedDrawable : public oxGraphics::iDrawable, public ox::refObj {
 public:
     explicit mixedDrawable(generator& g)
         : mMesh(g.surface()), mLine(g.points(g.integer(0, 6), 4.0)), mPoints(g.points(g.integer(0, 20), 4.5)),
-          mInner(g.placement()), mMode(g.chance(0.4) ? 1 : 0), mRecorded(g.chance(0.7)),
-          mGradient(g.chance(0.2)), mQuadric(g.chance(0.15)), mLeaveName(g.chance(0.2)),
+          mInner(g.placement()), mMode(g.chance(0.4) ? 1 : 0), mMeshOperation(g.integer(0, 3)),
+          mRecorded(g.chance(0.7)), mQuadric(g.chance(0.15)), mLeaveName(g.chance(0.2)),
           mNames{static_cast<unsigned>(g.integer(0, 1000)), static_cast<unsigned>(g.integer(0, 1000))} {}
 
     bool draw(oxGraphics::iDrawer* drawer, oxGraphics::eRendermode, oxGraphics::shaderProgram*) override {
@@ -88,8 +89,15 @@ public:
             drawer->pushMatrix();
             drawer->multMatrix(mInner);
             drawer->pushName(mNames[1]);
-            if (mGradient) drawer->drawMeshGradient(mMesh, 0.0f, {0, 0, 0}, {255, 255, 255}, {0, 0, 0}, {1, 1, 1});
-            else drawer->drawMesh(mMesh, mMode);
+            switch (mMeshOperation) {
+            case 0: drawer->drawMesh(mMesh, mMode); break;
+            case 1: drawer->drawMeshGradient(mMesh, 0.0f, {0, 0, 0}, {255, 255, 255}, {0, 0, 0}, {1, 1, 1}); break;
+            case 2: drawer->drawMeshPatchColors(mMesh, {{255, 0, 0}}, {0, 255, 0}, {0, 0, 255}, mMode); break;
+            default:
+                for (const auto& patch : mMesh.patches()) drawer->drawPatch(patch, mMode);
+                if (!mPoints.empty()) drawer->drawPoint(mPoints[0]);
+                break;
+            }
             drawer->popName();
             drawer->drawPolyline(mLine);
             drawer->popMatrix();
@@ -113,8 +121,8 @@ private:
     oxGeo::mesh3d mMesh;
     std::vector<point3d> mLine, mPoints;
     oxGeo::matrix3d mInner;
-    int mMode;
-    bool mRecorded, mGradient, mQuadric, mLeaveName;
+    int mMode, mMeshOperation;
+    bool mRecorded, mQuadric, mLeaveName;
     unsigned mNames[2];
     ox::refPtr<oxGraphics::iRecorded> mRecording;
 };
