@@ -207,8 +207,8 @@ public:
     /// well under a millisecond even with millions of triangles in view. The records are those of
     /// OpenGL selection mode (the same drawables, names and order; depths within 2^-16 of the
     /// depth range). Drawables that draw GLU quadrics (the manipulator), and every drawable while
-    /// depth clamping is on, are still picked with selection mode. Off: every pick uses selection
-    /// mode, as a reference.
+    /// depth clamping or a clip plane is on, are still picked with selection mode. Off: every pick
+    /// uses selection mode, as a reference.
     void setPickAccelerated(bool accelerated);
     bool isPickAccelerated() const;
 

@@ -8,6 +8,7 @@
 #include "oxpointentity.h"
 #include "oxpolylineentity.h"
 
+#include <GL/glew.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -295,6 +296,18 @@ TEST_F(pickAcceleratorTest, hostileDrawablesAnswerAsSelectionMode) {
             }
         }
     }
+
+    // A host's clip plane changes what selection mode reports: such picks are left to it. This
+    // plane clips everything away.
+    auto view = oxtest::makeScene(100, 100, 0);
+    view->add(ox::refPtr<oxGraphics::iDrawable>(new oxtest::testSquare({0, 0, 0}, 2, {255, 0, 0})));
+    const GLdouble nothing[4] = {0.0, 0.0, 0.0, -1.0};
+    glClipPlane(GL_CLIP_PLANE0, nothing);
+    glEnable(GL_CLIP_PLANE0);
+    view->setPickAccelerated(true);
+    EXPECT_TRUE(view->pickSelectRect(45, 45, 55, 55).empty());
+    glDisable(GL_CLIP_PLANE0);
+    EXPECT_EQ(view->pickSelectRect(45, 45, 55, 55).size(), 1u);
 }
 
 } // namespace

@@ -189,7 +189,8 @@ void pickCapture::buildHierarchy(std::size_t index) const {
     if (mHierarchies.size() < mOps.size()) mHierarchies.resize(mOps.size());
     const op_t& op = mOps[index];
     auto hierarchy = std::make_unique<pickHierarchy>();
-    hierarchy->build(mVertices.data(), mVertices.size() / 3, mCorners.data() + op.first, strideOf(op.kind), static_cast<std::uint32_t>(op.count));
+    hierarchy->build(mVertices.data(), mVertices.size() / 3, mCorners.data() + op.first, strideOf(op.kind),
+                     static_cast<std::uint32_t>(op.count));
     mHierarchies[index] = std::move(hierarchy);
 }
 

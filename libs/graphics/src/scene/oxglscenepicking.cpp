@@ -112,8 +112,14 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     glMatrixMode(GL_MODELVIEW);
     mCamera->applyModelView();
 
-    // Depth clamping changes what selection mode clips and reports; it is left to selection mode.
-    const bool accelerate = mPickAccelerated && (flags & kPickSelectionMode) == 0 && glIsEnabled(GL_DEPTH_CLAMP) == GL_FALSE;
+    // Depth clamping and a host's clip planes change what selection mode clips and reports; such
+    // picks are left to selection mode.
+    bool hostClipping = glIsEnabled(GL_DEPTH_CLAMP) == GL_TRUE;
+    GLint clipPlanes = 0;
+    glGetIntegerv(GL_MAX_CLIP_PLANES, &clipPlanes);
+    for (GLint i = 0; i < clipPlanes && i < 32; ++i)
+        hostClipping = hostClipping || glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)) == GL_TRUE;
+    const bool accelerate = mPickAccelerated && (flags & kPickSelectionMode) == 0 && !hostClipping;
     // A drawable's draw may change the scene; the pick works on the list as it was.
     const std::vector<ox::refPtr<iDrawable>> drawables = mDrawables;
     std::vector<bool> needsSelectionMode;
