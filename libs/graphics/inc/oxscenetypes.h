@@ -37,6 +37,11 @@ struct cameraModelState_t {
     oxGeo::vector3d scale{1.0, 1.0, 1.0};
 };
 
+/// Flag of the rectangle selection: ask OpenGL selection mode itself instead of answering from
+/// the CPU captures of the drawables' recordings (both give the same records; see
+/// scene::setPickAccelerated).
+inline constexpr int kPickSelectionMode = 1;
+
 /// One selection hit that maps to a drawable.
 struct pickHit_t {
     ox::refPtr<iDrawable> drawable;

@@ -80,12 +80,14 @@ glDrawer::~glDrawer() {
 }
 
 void glDrawer::pushMatrix() {
+    if (pickCapture* capture = recordingCapture()) capture->pushMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
 }
 
 void glDrawer::multMatrix(const oxGeo::matrix3d& m) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->multMatrix(m);
     double columnMajor[16];
     m.asDoubleArrayColumnMajor(columnMajor);
     glMatrixMode(GL_MODELVIEW);
@@ -93,6 +95,7 @@ void glDrawer::multMatrix(const oxGeo::matrix3d& m) {
 }
 
 void glDrawer::popMatrix() {
+    if (pickCapture* capture = recordingCapture()) capture->popMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
 }
@@ -107,6 +110,7 @@ void glDrawer::setPointSize(float size) {
 
 void glDrawer::drawPoint(const oxGeo::point3d& p) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addPoints(&p, 1);
     glPointSize(5.0f);
     glBegin(GL_POINTS);
     vertex(p);
@@ -115,6 +119,7 @@ void glDrawer::drawPoint(const oxGeo::point3d& p) {
 
 void glDrawer::drawPoints(const std::vector<oxGeo::point3d>& points) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addPoints(points.data(), points.size());
     unlitScope unlit(/*lit*/ false);
     glBegin(GL_POINTS);
     for (const auto& p : points) vertex(p);
@@ -123,6 +128,7 @@ void glDrawer::drawPoints(const std::vector<oxGeo::point3d>& points) {
 
 void glDrawer::drawLine(const oxGeo::point3d& a, const oxGeo::point3d& b, bool lit) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addLine(a, b);
     unlitScope unlit(lit);
     glBegin(GL_LINES);
     vertex(a);
@@ -133,6 +139,7 @@ void glDrawer::drawLine(const oxGeo::point3d& a, const oxGeo::point3d& b, bool l
 void glDrawer::drawArrowHead(const oxGeo::point3d& from, const oxGeo::point3d& to, float headLength,
                              float headRadius) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->markUnsupported(); // a GLU cone
     oxGeo::point3d base;
     double length = 0.0, angle = 0.0, axis[3] = {0.0, 0.0, 0.0};
     try {
@@ -170,6 +177,7 @@ void glDrawer::drawArrowHead(const oxGeo::point3d& from, const oxGeo::point3d& t
 
 void glDrawer::drawStippledLine(const oxGeo::point3d& a, const oxGeo::point3d& b, int factor, bool lit) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addLine(a, b);
     unlitScope unlit(lit);
     glEnable(GL_LINE_STIPPLE);
     glLineStipple(factor, 0x00FF);
@@ -182,6 +190,7 @@ void glDrawer::drawStippledLine(const oxGeo::point3d& a, const oxGeo::point3d& b
 
 void glDrawer::drawPolyline(const std::vector<oxGeo::point3d>& points) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addPolyline(points);
     unlitScope unlit(/*lit*/ false);
     glBegin(GL_LINE_STRIP);
     for (const auto& p : points) vertex(p);
@@ -190,6 +199,7 @@ void glDrawer::drawPolyline(const std::vector<oxGeo::point3d>& points) {
 
 void glDrawer::drawMesh(const oxGeo::mesh3d& mesh, int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addMesh(mesh, mode);
     applyPolygonMode(mode);
     glDisable(GL_CULL_FACE);
     glFlatTriangles triangles(polygonModeOf(mode));
@@ -199,6 +209,7 @@ void glDrawer::drawMesh(const oxGeo::mesh3d& mesh, int mode) {
 void glDrawer::drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<ox::rgbColor>& patchColors,
                                    const ox::rgbColor& defaultColor, const ox::rgbColor& backColor, int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addMesh(mesh, mode);
     applyPolygonMode(mode);
     glDisable(GL_CULL_FACE);
     const float back[4] = {backColor.red() * kByteToFloat, backColor.green() * kByteToFloat,
@@ -239,6 +250,7 @@ void glDrawer::drawMeshPatchColors(const oxGeo::mesh3d& mesh, const std::vector<
 
 void glDrawer::drawPatch(const oxGeo::indexedTrianglePatch3d& patch, int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addPatch(patch, mode);
     applyPolygonMode(mode);
     glDisable(GL_CULL_FACE);
     glFlatTriangles triangles(polygonModeOf(mode));
@@ -248,6 +260,7 @@ void glDrawer::drawPatch(const oxGeo::indexedTrianglePatch3d& patch, int mode) {
 void glDrawer::drawCylinder(const oxGeo::point3d& from, const oxGeo::point3d& to, float radiusFrom,
                             float radiusTo, bool capFrom, bool capTo, int slices, int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->markUnsupported(); // GLU quadrics are not captured
     applyPolygonMode(mode);
     const float dx = static_cast<float>(to.x()) - static_cast<float>(from.x());
     const float dy = static_cast<float>(to.y()) - static_cast<float>(from.y());
@@ -275,6 +288,7 @@ void glDrawer::drawCylinder(const oxGeo::point3d& from, const oxGeo::point3d& to
 void glDrawer::drawDisk(const oxGeo::point3d& center, const oxGeo::vector3d& normal, float radius, int slices,
                         int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->markUnsupported(); // GLU quadrics are not captured
     applyPolygonMode(mode);
     const zRotationF rotation = rotationFromZ(static_cast<float>(normal.x()), static_cast<float>(normal.y()),
                                               static_cast<float>(normal.z()));
@@ -294,6 +308,7 @@ void glDrawer::drawDisk(const oxGeo::point3d& center, const oxGeo::vector3d& nor
 
 void glDrawer::drawSphere(const oxGeo::point3d& center, float radius, int stacks, int slices, int mode) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->markUnsupported(); // GLU quadrics are not captured
     applyPolygonMode(mode);
     const quadricPtr quadric(gluNewQuadric());
     if (quadric) {
@@ -325,6 +340,7 @@ void glDrawer::drawText(const ox::string& text, const ox::string& font) {
 void glDrawer::drawMeshGradient(const oxGeo::mesh3d& mesh, float transparency, const ox::rgbColor& colorFrom,
                                 const ox::rgbColor& colorTo, const oxGeo::point3d& from, const oxGeo::point3d& to) {
     if (mSkip) return;
+    if (pickCapture* capture = recordingCapture()) capture->addMesh(mesh, 0, /*strictDegenerate*/ true);
     const float alpha = 1.0f - transparency;
     const float a[4] = {colorFrom.red() * kByteToFloat, colorFrom.green() * kByteToFloat,
                         colorFrom.blue() * kByteToFloat, alpha};
@@ -387,16 +403,20 @@ bool glDrawer::isRecordingValid(const ox::refPtr<iRecorded>& recording) const {
 void glDrawer::drawRecording(const ox::refPtr<iRecorded>& recording) {
     if (mSkip) return;
     auto* gl = dynamic_cast<glRecording*>(recording.get());
-    if (gl != nullptr && gl->isValid()) glCallList(gl->listId());
+    if (gl == nullptr || !gl->isValid()) return;
+    if (pickCapture* capture = recordingCapture()) capture->markUnsupported(); // a nested list
+    glCallList(gl->listId());
 }
 
 void glDrawer::pushName(unsigned int name) {
+    if (pickCapture* capture = recordingCapture()) capture->pushName(name);
     glPushName(name);
     ++mNameDepth;
 }
 
 void glDrawer::popName() {
     if (mNameDepth == 0) return;
+    if (pickCapture* capture = recordingCapture()) capture->popName();
     glPopName();
     --mNameDepth;
 }
@@ -422,9 +442,14 @@ ox::refPtr<iRecorded> glDrawer::endRecording() {
 
 ox::refPtr<glRecording> glDrawer::finishRecording() {
     ox::refPtr<glRecording> recording = std::move(mRecording);
-    if (recording) recording->endCompiling();
+    if (recording) {
+        recording->endCompiling();
+        recording->capture()->seal();
+    }
     return recording;
 }
+
+pickCapture* glDrawer::recordingCapture() const { return mRecording ? mRecording->capture() : nullptr; }
 
 void glDrawer::setCurrentDrawable(ox::refPtr<iDrawable> drawable) { mCurrentDrawable = std::move(drawable); }
 

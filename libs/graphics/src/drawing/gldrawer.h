@@ -24,6 +24,7 @@ namespace oxGraphics::openGL {
 
 class iDrawerHost;
 class glRecording;
+class pickCapture;
 
 class glDrawer : public iDrawer {
 public:
@@ -109,6 +110,9 @@ protected:
     void setSkipping(bool skip) { mSkip = skip; }
     /// Closes the active list and gives up the recording; returns it (empty when none).
     ox::refPtr<glRecording> finishRecording();
+    /// The capture hook: while a recording compiles, every emission operation also appends what
+    /// it emits to the recording's CPU capture (pickcapture.h), one call each; null otherwise.
+    pickCapture* recordingCapture() const;
 
 private:
     iDrawerHost* mHost;

@@ -4,7 +4,13 @@
 // A recording belongs to the context it was compiled in and holds a reference to it, so the
 // context object outlives its lists. It is valid while that context can be made current and the
 // list exists there; a destroyed context makes it invalid for good (its id drops to 0).
+//
+// Each recording also owns the CPU capture of what its drawer emitted (pickcapture.h), which
+// answers rectangle selections without selection mode. Only glDrawer fills and seals it; a list
+// compiled by other means keeps an unsealed capture, which selections do not trust.
 #include "oxrecorded.h"
+
+#include "picking/pickcapture.h"
 
 #include "oxglcontext.h"
 
@@ -37,6 +43,9 @@ public:
     /// 0 once the recording was found invalid.
     std::uint32_t listId() const { return mListId; }
     const ox::refPtr<iGlContext>& context() const { return mContext; }
+    /// What the drawer emitted while compiling; see pickcapture.h for when it can be replayed.
+    pickCapture* capture() { return &mCapture; }
+    const pickCapture* capture() const { return &mCapture; }
 
 protected:
     /// Deletes the list when it is still valid and releases the id. Never throws.
@@ -48,6 +57,7 @@ private:
     std::uint32_t mListId;
     ox::refPtr<iGlContext> mContext;
     bool mCompiling = true;
+    pickCapture mCapture;
 };
 
 } // namespace oxGraphics::openGL

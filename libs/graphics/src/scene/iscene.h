@@ -86,7 +86,8 @@ public:
     virtual void addBoundBoxProvider(const ox::refPtr<iBoundBoxProvider>& provider) = 0;          // 48
     /// The union of the providers' boxes (only those of selected drawables when asked).
     virtual oxGeo::boundBox3d providersBoundingBox(bool selectedOnly) const = 0;                  // 49
-    /// Rectangle selection in window pixels (y down): the hits in the driver's order.
+    /// Rectangle selection in window pixels (y down): the hits in the driver's order. `flags`:
+    /// kPickSelectionMode asks OpenGL selection mode itself (oxscenetypes.h).
     virtual void pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
                                 std::vector<pickHit_t>& hits, int flags) = 0;                     // 50
     virtual void add(const ox::refPtr<iDrawable>& drawable) = 0;                                  // 51
@@ -137,6 +138,9 @@ public:
     /// Drawables that make the frame's mask; empty for none. They are not drawn in the frame.
     virtual void setMaskDrawables(const std::vector<ox::refPtr<iDrawable>>& drawables) = 0;       // 83
     virtual std::vector<ox::refPtr<iDrawable>> maskDrawables() const = 0;                         // 84
+    /// Whether rectangle selections answer from the CPU captures (true) or always use selection mode.
+    virtual void setPickAccelerated(bool accelerated) = 0;                                        // 85
+    virtual bool isPickAccelerated() const = 0;                                                   // 86
 };
 
 } // namespace oxGraphics

@@ -124,6 +124,8 @@ public:
     oxGeo::boundBox3d providersBoundingBox(bool selectedOnly) const override;
     void pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
                         std::vector<pickHit_t>& hits, int flags) override;
+    void setPickAccelerated(bool accelerated) override { mPickAccelerated = accelerated; }
+    bool isPickAccelerated() const override { return mPickAccelerated; }
     void add(const ox::refPtr<iDrawable>& drawable) override;
     void remove(const ox::refPtr<iDrawable>& drawable, bool forget) override;
     void clear() override;
@@ -210,6 +212,7 @@ private:
     std::array<int, 4> mOffsetFocus{};  // begin width, begin height, end width, end height
 
     std::vector<ox::refPtr<iDrawable>> mDrawables;
+    bool mPickAccelerated = true;
     std::set<ox::refPtr<iDrawable>> mSelection;
     std::set<ox::refPtr<iDrawable>> mModifyEnabled;
     std::vector<ox::refPtr<iBoundBoxProvider>> mBoundBoxProviders;

@@ -1,7 +1,9 @@
-// glScene: picking with OpenGL selection mode.
+// glScene: rectangle selection, answered from the drawables' CPU captures (picking/) where they
+// can answer, and with OpenGL selection mode for the rest or when asked to.
 #include "oxglscene.h"
 
 #include "drawing/glselectdrawer.h"
+#include "picking/pickselection.h"
 #include "glstate/glscopedstate.h"
 
 #include <GL/glew.h>
@@ -9,14 +11,12 @@
 
 #include <algorithm>
 #include <limits>
-#include <map>
 #include <mutex>
 
 namespace oxGraphics::openGL {
 namespace {
 
 constexpr GLsizei kSelectionBufferSize = 65535;
-constexpr GLuint kNoName = 0xFFFFFFFFu;
 
 // One selection buffer for the process: GL keeps its address until the selection ends, so two
 // selections must never overlap.
@@ -29,63 +29,26 @@ selectionBuffer_t& selectionBuffer() {
     return buffer;
 }
 
-} // namespace
+using pickRecords = std::vector<selectionEmulator::record_t>;
 
-void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
-                             std::vector<pickHit_t>& hits, int /*flags*/) {
-    hits.clear();
-    if (!makeCurrent()) return;
-    // Corners in either order. A rectangle without width or height picks the one pixel column or
-    // row it names: with a zero size gluPickMatrix would leave the projection as it is and the
-    // whole viewport would be picked.
-    if (x2 < x1) std::swap(x1, x2);
-    if (y2 < y1) std::swap(y1, y2);
-    const unsigned int w = std::max(x2 - x1, 1u), h = std::max(y2 - y1, 1u);
+/// Selection mode over the drawables for which `draw` is true (all when it is empty), each under
+/// its 1-based position; the pick projection and the camera must be loaded. Returns the records,
+/// or false when the buffer overflowed.
+bool selectWithGl(glScene& scene, const std::vector<ox::refPtr<iDrawable>>& drawables, const std::vector<bool>& draw,
+                  pickRecords& records) {
     auto& buffer = selectionBuffer();
     std::lock_guard lock(buffer.mutex);
     std::fill(std::begin(buffer.words), std::end(buffer.words), 0u);
     glSelectBuffer(kSelectionBufferSize, buffer.words);
-
-    GLint viewport[4];
-    glGetIntegerv(GL_VIEWPORT, viewport);
-    // The caller's matrices are kept; the selection uses this view's projection and camera.
-    GLdouble projection[16];
-    glMatrixMode(GL_PROJECTION);
-    glPushMatrix();
-    if (mProjection.hasExtents()) mProjection.applyProjection();
-    glMatrixMode(GL_PROJECTION);
-    glGetDoublev(GL_PROJECTION_MATRIX, projection);
-    glMatrixMode(GL_MODELVIEW);
-    glPushMatrix();
-    glMatrixMode(GL_PROJECTION);
-
     glRenderMode(GL_SELECT);
     glInitNames();
-    glPushName(kNoName);
-
-    glLoadIdentity();
-    // In double: a square reaching above the window's top edge has a negative centre row, which
-    // unsigned arithmetic would turn into a huge one.
-    gluPickMatrix(static_cast<double>(x1) + (w >> 1), static_cast<double>(viewport[3]) - (h >> 1) - y1, w, h,
-                  viewport);
-    glMultMatrixd(projection);
-    glMatrixMode(GL_MODELVIEW);
-    mCamera->applyModelView();
-
-    constexpr unsigned int kIntMax = static_cast<unsigned int>(std::numeric_limits<GLint>::max());
-    // Only the square is drawn; the host's scissor comes back afterwards.
-    const glScissorBoxScope pickSquare(static_cast<GLint>(std::min(x1, kIntMax)), static_cast<GLint>(std::min(y1, kIntMax)),
-                                       static_cast<GLsizei>(std::min(w, kIntMax)), static_cast<GLsizei>(std::min(h, kIntMax)));
-    const glCapabilityScope scissorTest(GL_SCISSOR_TEST, true);
-
-    // Each drawable is named by its position; its own names (grips, parts) follow on the stack.
-    std::map<GLuint, ox::refPtr<iDrawable>> nameMap;
+    glPushName(kPickNoName);
     {
-        glSelectDrawer drawer(this);
+        glSelectDrawer drawer(&scene);
         GLuint name = 0;
-        for (const auto& drawable : mDrawables) {
+        for (const auto& drawable : drawables) {
             ++name;
-            nameMap.emplace(name, drawable);
+            if (!draw.empty() && !draw[name - 1]) continue;
             // Names a drawable left pushed would otherwise carry its hits over to the next one.
             while (drawer.nameDepth() > 0) drawer.popName();
             glLoadName(name);
@@ -99,31 +62,107 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
         }
         drawer.setCurrentDrawable({});
     }
-
     const GLint hitCount = glRenderMode(GL_RENDER); // -1 when the buffer overflowed
+    records.clear();
+    if (hitCount < 0) return false;
+    records.reserve(static_cast<std::size_t>(hitCount));
+    std::size_t at = 0;
+    for (GLint hit = 0; hit < hitCount && at + 3 <= static_cast<std::size_t>(kSelectionBufferSize); ++hit) {
+        const GLuint count = buffer.words[at];
+        const std::size_t names = at + 3;
+        at = names + count;
+        if (at > static_cast<std::size_t>(kSelectionBufferSize)) break;
+        records.push_back({std::vector<std::uint32_t>(buffer.words + names, buffer.words + at), buffer.words[names - 2],
+                           buffer.words[names - 1]});
+    }
+    return true;
+}
+
+} // namespace
+
+void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, unsigned int y2,
+                             std::vector<pickHit_t>& hits, int flags) {
+    hits.clear();
+    if (!makeCurrent()) return;
+    // Corners in either order. A rectangle without width or height picks the one pixel column or
+    // row it names: with a zero size gluPickMatrix would leave the projection as it is and the
+    // whole viewport would be picked.
+    if (x2 < x1) std::swap(x1, x2);
+    if (y2 < y1) std::swap(y1, y2);
+    const unsigned int w = std::max(x2 - x1, 1u), h = std::max(y2 - y1, 1u);
+
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    // The caller's matrices are kept; the selection uses this view's projection and camera.
+    GLdouble projection[16];
+    glMatrixMode(GL_PROJECTION);
+    glPushMatrix();
+    if (mProjection.hasExtents()) mProjection.applyProjection();
+    glMatrixMode(GL_PROJECTION);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glMatrixMode(GL_MODELVIEW);
+    glPushMatrix();
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    // In double: a square reaching above the window's top edge has a negative centre row, which
+    // unsigned arithmetic would turn into a huge one.
+    gluPickMatrix(static_cast<double>(x1) + (w >> 1), static_cast<double>(viewport[3]) - (h >> 1) - y1, w, h,
+                  viewport);
+    glMultMatrixd(projection);
+    glMatrixMode(GL_MODELVIEW);
+    mCamera->applyModelView();
+
+    // Depth clamping and a host's clip planes change what selection mode clips and reports; such
+    // picks are left to selection mode.
+    bool hostClipping = glIsEnabled(GL_DEPTH_CLAMP) == GL_TRUE;
+    GLint clipPlanes = 0;
+    glGetIntegerv(GL_MAX_CLIP_PLANES, &clipPlanes);
+    for (GLint i = 0; i < clipPlanes && i < 32; ++i)
+        hostClipping = hostClipping || glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)) == GL_TRUE;
+    const bool accelerate = mPickAccelerated && (flags & kPickSelectionMode) == 0 && !hostClipping;
+    // A drawable's draw may change the scene; the pick works on the list as it was.
+    const std::vector<ox::refPtr<iDrawable>> drawables = mDrawables;
+    std::vector<bool> needsSelectionMode;
+    pickRecords records;
+    bool complete = true;
+    if (accelerate) {
+        pickView_t view;
+        glGetDoublev(GL_PROJECTION_MATRIX, view.clipFromEye);
+        glGetDoublev(GL_MODELVIEW_MATRIX, view.eyeFromWorld);
+        GLfloat depthRange[2] = {0.0f, 1.0f};
+        glGetFloatv(GL_DEPTH_RANGE, depthRange);
+        view.depthScale = (depthRange[1] - depthRange[0]) * 0.5f;
+        view.depthOffset = (depthRange[1] + depthRange[0]) * 0.5f;
+        selectAccelerated(this, drawables, view, records, needsSelectionMode);
+    }
+    if (!accelerate || std::find(needsSelectionMode.begin(), needsSelectionMode.end(), true) != needsSelectionMode.end()) {
+        constexpr unsigned int kIntMax = static_cast<unsigned int>(std::numeric_limits<GLint>::max());
+        // Only the square is drawn; the host's scissor comes back afterwards.
+        const glScissorBoxScope pickSquare(static_cast<GLint>(std::min(x1, kIntMax)), static_cast<GLint>(std::min(y1, kIntMax)),
+                                           static_cast<GLsizei>(std::min(w, kIntMax)), static_cast<GLsizei>(std::min(h, kIntMax)));
+        const glCapabilityScope scissorTest(GL_SCISSOR_TEST, true);
+        pickRecords selected;
+        complete = selectWithGl(*this, drawables, needsSelectionMode, selected);
+        if (!accelerate) records = std::move(selected);
+        else if (complete) complete = mergeSelections(records, std::move(selected), needsSelectionMode);
+    }
+
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
 
-    if (hitCount <= 0) return;
-    hits.reserve(static_cast<std::size_t>(hitCount));
-    std::size_t at = 0;
-    for (GLint hit = 0; hit < hitCount && at + 3 < static_cast<std::size_t>(kSelectionBufferSize); ++hit) {
-        const GLuint count = buffer.words[at];
-        const GLuint minDepth = buffer.words[at + 1];
-        const GLuint maxDepth = buffer.words[at + 2];
-        const GLuint* names = &buffer.words[at + 3];
-        at += 3 + count;
-        if (count == 0 || at > static_cast<std::size_t>(kSelectionBufferSize)) continue;
-        const auto found = nameMap.find(names[0]);
-        if (found == nameMap.end()) continue;
-        pickHit_t record;
-        record.drawable = found->second;
-        record.minDepth = minDepth;
-        record.maxDepth = maxDepth;
-        record.names.assign(names + 1, names + count);
-        hits.push_back(std::move(record));
+    if (!complete) return;
+    hits.reserve(records.size());
+    for (auto& record : records) {
+        // The first name is the drawable's position; records that name none give no hit.
+        if (record.names.empty() || record.names[0] == 0 || record.names[0] > drawables.size()) continue;
+        pickHit_t hit;
+        hit.drawable = drawables[record.names[0] - 1];
+        hit.minDepth = record.minDepth;
+        hit.maxDepth = record.maxDepth;
+        hit.names.assign(record.names.begin() + 1, record.names.end());
+        hits.push_back(std::move(hit));
     }
 }
 

@@ -374,6 +374,10 @@ std::vector<ox::refPtr<iDrawable>> scene::selectMultiple(unsigned int x1, unsign
     return inRectangle;
 }
 
+void scene::setPickAccelerated(bool accelerated) { mImplementation->setPickAccelerated(accelerated); }
+
+bool scene::isPickAccelerated() const { return mImplementation->isPickAccelerated(); }
+
 void scene::setPreferredPickTypes(const std::vector<std::string>& typeNames) {
     mImplementation->setPreferredPickTypes(typeNames);
 }
