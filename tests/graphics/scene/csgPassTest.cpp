@@ -250,6 +250,12 @@ TEST_F(csgPassTest, aToolInACutShowsBrokenPartsAreSurvivedAndSelectedSolidsAreHi
     const oxtest::rgba8 belowHole = pixelAt(image, view->worldToWinCoordinates({1.6, 0.0, 1.0}));
     expectShareOf(belowHole, {137, 142, 147}, 1.0, "a transparent square half over the background, below the hole");
 
+    // Volumes are never shown, so a pick through the through hole finds only what is behind it.
+    const oxGeo::point2d hole = view->worldToWinCoordinates({1.6, 0.0, 1.0});
+    for (const pickHit_t& hit : view->pickSelectRect(static_cast<unsigned>(hole.x()), static_cast<unsigned>(hole.y()),
+                                                     static_cast<unsigned>(hole.x()) + 2, static_cast<unsigned>(hole.y()) + 2))
+        EXPECT_FALSE(dynamic_cast<iCsgVolume*>(hit.drawable.get())) << "a volume was picked";
+
     view->addToSelection(gAdded.front());
     const oxtest::rgba8 selected = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));
     EXPECT_GT(selected[1], 200) << "selection yellow";

@@ -7,7 +7,7 @@
 // least one solid and one volume (the modified drawable takes no part). Then the opaque pass
 // leaves every solid to this pass; otherwise nothing here runs and solids are ordinary
 // drawables. A volume is never drawn visibly, with or without solids: the frame does not call
-// its iDrawable::draw, only drawCsgVolume here (picking still does: a volume can be picked).
+// its iDrawable::draw, only drawCsgVolume here, and picking leaves volumes out.
 // Solids go through the drawer the opaque pass would have used (selection or modify-enabled
 // highlight, or the render drawer, which defers a solid in a transparent colour to the
 // transparent pass: that one is shown whole); volumes through a highlight drawer in the

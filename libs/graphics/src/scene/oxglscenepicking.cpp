@@ -120,8 +120,10 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     for (GLint i = 0; i < clipPlanes && i < 32; ++i)
         hostClipping = hostClipping || glIsEnabled(static_cast<GLenum>(GL_CLIP_PLANE0 + i)) == GL_TRUE;
     const bool accelerate = mPickAccelerated && (flags & kPickSelectionMode) == 0 && !hostClipping;
-    // A drawable's draw may change the scene; the pick works on the list as it was.
-    const std::vector<ox::refPtr<iDrawable>> drawables = mDrawables;
+    // A drawable's draw may change the scene; the pick works on the list as it was. Cut volumes
+    // are never shown, so they cannot be picked either.
+    std::vector<ox::refPtr<iDrawable>> drawables = mDrawables;
+    std::erase_if(drawables, [](const ox::refPtr<iDrawable>& d) { return dynamic_cast<iCsgVolume*>(d.get()) != nullptr; });
     std::vector<bool> needsSelectionMode;
     pickRecords records;
     bool complete = true;
