@@ -44,6 +44,7 @@
 
 #include <GL/glew.h>
 
+#include "benchSurface.h"
 #include "benchTiming.h"
 
 #include <algorithm>
@@ -79,26 +80,8 @@ private:
     ox::string mName = L"drawMeshBench";
 };
 
-/// A wavy height field over [-1, 1]², two triangles per grid cell, counter-clockwise from +z.
-oxGeo::mesh3d makeSurface(std::size_t triangles) {
-    const auto cells = static_cast<std::uint32_t>(std::ceil(std::sqrt(double(triangles) / 2.0)));
-    oxGeo::mesh3d mesh;
-    mesh.reserve(std::size_t(cells + 1) * (cells + 1), std::size_t(cells) * cells * 2);
-    for (std::uint32_t j = 0; j <= cells; ++j) {
-        for (std::uint32_t i = 0; i <= cells; ++i) {
-            const double x = -1.0 + 2.0 * i / cells, y = -1.0 + 2.0 * j / cells;
-            mesh.addVertex({x * 0.9, y * 0.9, 0.15 * std::sin(6.0 * x) * std::cos(5.0 * y)});
-        }
-    }
-    const auto at = [cells](std::uint32_t i, std::uint32_t j) { return j * (cells + 1) + i; };
-    for (std::uint32_t j = 0; j < cells; ++j) {
-        for (std::uint32_t i = 0; i < cells; ++i) {
-            mesh.addTriangle(at(i, j), at(i + 1, j), at(i + 1, j + 1));
-            mesh.addTriangle(at(i, j), at(i + 1, j + 1), at(i, j + 1));
-        }
-    }
-    return mesh;
-}
+/// The benchmark surface over [-0.9, 0.9]².
+oxGeo::mesh3d makeSurface(std::size_t triangles) { return oxbench::wavySurface(triangles, -0.9, -0.9, 1.8, 1.8, 0.15); }
 
 /// Flat-shaded triangles of the mesh, the way the drawer computes them, for the alternatives.
 template <class Emit> void forEachFlatTriangle(const oxGeo::mesh3d& mesh, Emit&& emit) {

@@ -34,6 +34,7 @@
 
 #include <GL/glew.h>
 
+#include "benchSurface.h"
 #include "benchTiming.h"
 
 #include <sys/wait.h>
@@ -66,26 +67,10 @@ struct options_t {
     std::string only;
 };
 
-/// A wavy height field over [-1, 1]², two triangles per grid cell, counter-clockwise from +z,
-/// stretched along x by `aspect` so that, fitted, it fills a view of that width / height.
+/// The benchmark surface, stretched along x by `aspect` so that, fitted, it fills a view of that
+/// width / height.
 std::shared_ptr<oxGeo::mesh3d> makeSurface(std::size_t triangles, double aspect) {
-    const auto cells = static_cast<std::uint32_t>(std::ceil(std::sqrt(double(triangles) / 2.0)));
-    auto mesh = std::make_shared<oxGeo::mesh3d>();
-    mesh->reserve(std::size_t(cells + 1) * (cells + 1), std::size_t(cells) * cells * 2);
-    for (std::uint32_t j = 0; j <= cells; ++j) {
-        for (std::uint32_t i = 0; i <= cells; ++i) {
-            const double x = -1.0 + 2.0 * i / cells, y = -1.0 + 2.0 * j / cells;
-            mesh->addVertex({x * 0.9 * aspect, y * 0.9, 0.15 * std::sin(6.0 * x) * std::cos(5.0 * y)});
-        }
-    }
-    const auto at = [cells](std::uint32_t i, std::uint32_t j) { return j * (cells + 1) + i; };
-    for (std::uint32_t j = 0; j < cells; ++j) {
-        for (std::uint32_t i = 0; i < cells; ++i) {
-            mesh->addTriangle(at(i, j), at(i + 1, j), at(i + 1, j + 1));
-            mesh->addTriangle(at(i, j), at(i + 1, j + 1), at(i, j + 1));
-        }
-    }
-    return mesh;
+    return std::make_shared<oxGeo::mesh3d>(oxbench::wavySurface(triangles, -0.9 * aspect, -0.9, 1.8 * aspect, 1.8, 0.15));
 }
 
 /// A context and an offscreen scene of the given size and sample count, optionally holding the

@@ -20,6 +20,7 @@
 
 #include "oxgeomesh.h"
 
+#include "benchSurface.h"
 #include "benchTiming.h"
 
 #include <algorithm>
@@ -37,23 +38,9 @@ using oxbench::clock_type;
 using oxbench::median;
 using oxbench::millisecondsSince;
 
-/// A wavy height field of about `triangles` triangles over the square [x0, x0 + side] x [y0, y0 + side].
+/// The benchmark surface over the square [x0, x0 + side] x [y0, y0 + side].
 std::shared_ptr<oxGeo::mesh3d> makeSurface(std::size_t triangles, double x0, double y0, double side) {
-    const auto cells = static_cast<std::uint32_t>(std::ceil(std::sqrt(double(triangles) / 2.0)));
-    auto mesh = std::make_shared<oxGeo::mesh3d>();
-    mesh->reserve(std::size_t(cells + 1) * (cells + 1), std::size_t(cells) * cells * 2);
-    for (std::uint32_t j = 0; j <= cells; ++j)
-        for (std::uint32_t i = 0; i <= cells; ++i) {
-            const double u = double(i) / cells, v = double(j) / cells;
-            mesh->addVertex({x0 + side * u, y0 + side * v, 0.5 * std::sin(12.0 * u) * std::cos(10.0 * v)});
-        }
-    const auto at = [cells](std::uint32_t i, std::uint32_t j) { return j * (cells + 1) + i; };
-    for (std::uint32_t j = 0; j < cells; ++j)
-        for (std::uint32_t i = 0; i < cells; ++i) {
-            mesh->addTriangle(at(i, j), at(i + 1, j), at(i + 1, j + 1));
-            mesh->addTriangle(at(i, j), at(i + 1, j + 1), at(i, j + 1));
-        }
-    return mesh;
+    return std::make_shared<oxGeo::mesh3d>(oxbench::wavySurface(triangles, x0, y0, side, side, 0.5));
 }
 
 int intOption(int argc, char** argv, const char* name, int fallback) {

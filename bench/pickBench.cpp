@@ -28,6 +28,7 @@
 
 #include "oxgeomesh.h"
 
+#include "benchSurface.h"
 #include "benchTiming.h"
 
 #include <GL/glew.h>
@@ -46,23 +47,9 @@ using oxbench::clock_type;
 using oxbench::median;
 using oxbench::millisecondsSince;
 
-/// A wavy height field of about `triangles` triangles over [-side/2, side/2]².
+/// The benchmark surface over [-side/2, side/2]².
 std::shared_ptr<oxGeo::mesh3d> makeSurface(std::size_t triangles, double side) {
-    const auto cells = static_cast<std::uint32_t>(std::ceil(std::sqrt(double(triangles) / 2.0)));
-    auto mesh = std::make_shared<oxGeo::mesh3d>();
-    mesh->reserve(std::size_t(cells + 1) * (cells + 1), std::size_t(cells) * cells * 2);
-    for (std::uint32_t j = 0; j <= cells; ++j)
-        for (std::uint32_t i = 0; i <= cells; ++i) {
-            const double u = double(i) / cells, v = double(j) / cells;
-            mesh->addVertex({side * (u - 0.5), side * (v - 0.5), 0.5 * std::sin(12.0 * u) * std::cos(10.0 * v)});
-        }
-    const auto at = [cells](std::uint32_t i, std::uint32_t j) { return j * (cells + 1) + i; };
-    for (std::uint32_t j = 0; j < cells; ++j)
-        for (std::uint32_t i = 0; i < cells; ++i) {
-            mesh->addTriangle(at(i, j), at(i + 1, j), at(i + 1, j + 1));
-            mesh->addTriangle(at(i, j), at(i + 1, j + 1), at(i, j + 1));
-        }
-    return mesh;
+    return std::make_shared<oxGeo::mesh3d>(oxbench::wavySurface(triangles, -side / 2, -side / 2, side, side, 0.5));
 }
 
 /// The mesh drawn as the library's mesh entity draws it (recorded once, replayed), keeping its
