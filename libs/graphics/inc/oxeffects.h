@@ -43,7 +43,8 @@ struct blankLayer_t {
 /// A CAM blank (stock) shown in height layers: each fragment takes the colour of the layer its
 /// world height falls in (the first that contains it), and faces that look along the axis
 /// (within 0.99 of it as a cosine) take the top or bottom colour. Fragments in no layer keep the
-/// drawable's own colour. At most kMaxLayers layers are used; the rest are ignored.
+/// drawable's own colour. At most kMaxLayers layers are used; the rest are ignored. A highlighted
+/// (selected, modify-enabled) or colour-overridden blank shows that instead of its layers.
 struct multilayerBlank_t {
     static constexpr int kMaxLayers = 16;
     oxGeo::vector3d axis{0.0, 0.0, 1.0};  ///< world direction heights are measured along; normalised when used

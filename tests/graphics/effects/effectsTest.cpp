@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <limits>
 #include <string>
@@ -274,6 +275,36 @@ TEST_F(effectsTest, hostileSettingsAreClampedOrIgnoredAndDrawCleanly) {
     EXPECT_FALSE(s.view->drawableEffects(s.box).any());
     s.view->remove(stranger, true);
     EXPECT_FALSE(s.view->drawableEffects(stranger).any());
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(effectsTest, aHighlightOrAnOverrideShowsInsteadOfTheBlanksLayers) {
+    sceneParts_t s = effectsScene();
+    drawableEffects_t stock;
+    stock.multilayer = true;
+    stock.blank.layers = {{-5.0, 5.0, {200, 60, 200}}};  // one magenta layer over the whole box
+    s.view->setDrawableEffects(s.box, stock);
+    const auto boxPixel = [&] {
+        const oxtest::rgbaImage image = oxtest::frameImage(*s.view);
+        const oxGeo::point2d at = s.view->worldToWinCoordinates({-2.2, -1.5, 0.0});  // the front face
+        const unsigned char* p = image.at(static_cast<int>(at.x()), static_cast<int>(at.y()));
+        return std::array<int, 3>{p[0], p[1], p[2]};
+    };
+    const auto layered = boxPixel();
+    EXPECT_GT(layered[2], layered[1] + 40) << "magenta layer";
+    s.view->addToSelection(s.box);
+    const auto highlighted = boxPixel();
+    EXPECT_GT(highlighted[1], highlighted[2] + 40) << "selection yellow";
+    s.view->clearSelection();
+    stock.overrideColors = true;
+    stock.overrideColor = {0, 160, 0};
+    s.view->setDrawableEffects(s.box, stock);
+    const auto overridden = boxPixel();
+    EXPECT_GT(overridden[1], overridden[0] + 40) << "override green";
+    EXPECT_GT(overridden[1], overridden[2] + 40) << "override green";
 }
 
 } // namespace

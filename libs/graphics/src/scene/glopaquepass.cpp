@@ -102,7 +102,8 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
 
         std::optional<highlightMixScope> mix;
         if (highlight) mix.emplace(*highlight, drawable);
-        if (effects && effects->multilayer && programs.multilayer) {
+        // Layers show a blank as it is; a highlight or an overriding colour says more.
+        if (effects && effects->multilayer && programs.multilayer && mode == eRendermode::opaque) {
             drawMultilayer(*drawer, drawable, mode, *effects, programs, worldToEye);
             continue;
         }
@@ -142,7 +143,6 @@ void glOpaquePass::drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>&
     if (count > 0) blank.setUniformVec4Array("u_layerDescriptions", count, descriptions.data());
     blank.setUniformFloat3("u_packedTopBtmColorAndEnable", packedColor(layers.top), packedColor(layers.bottom),
                            layers.colorTopAndBottom ? 1.0f : 0.0f);
-    applyColorOverride(&blank, mode == eRendermode::colorOverride ? &effects : nullptr);
     drawDrawable(drawer, drawable, mode, &blank);
     if (programs.standard) programs.standard->activate();
 }

@@ -9,7 +9,8 @@
 //   overriding colour                                      override-colour drawer, colorOverride
 //   otherwise                                              render drawer, opaque
 // A multi-colour drawable in a highlight drawer has its part colours mixed with the highlight.
-// A multilayer blank is drawn with the multilayer program instead of the standard one. Blurred
+// A multilayer blank drawn through the render drawer is drawn with the multilayer program instead
+// of the standard one (highlighted or overridden, it shows the highlight or override). Blurred
 // drawables are left to the blur pass when there is one.
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/gloverridecolordrawer.h"
