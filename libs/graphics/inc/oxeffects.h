@@ -63,7 +63,8 @@ struct drawableEffects_t {
     bool overrideColors = false;
     ox::rgbColor overrideColor;
     float overrideTransparency = 0.0f;
-    /// Drawn out of focus: blurred by the scene's blur radius and laid over the frame.
+    /// Drawn out of focus: blurred by the scene's blur radius and laid over the frame. A
+    /// highlighted (selected, modify-enabled) drawable is drawn sharp.
     bool blur = false;
     /// Shown in height layers (see multilayerBlank_t).
     bool multilayer = false;

@@ -212,6 +212,7 @@ TEST_F(effectsTest, eachPassHandsItsModeAndTag) {
         drawableEffects_t effects;
         effects.blur = true;
         view->setDrawableEffects(blurred, effects);
+        view->setDrawableEffects(selectedOutlined, effects);  // highlighted, so drawn sharp
         effects = {};
         effects.overrideColors = true;
         view->setDrawableEffects(overridden, effects);

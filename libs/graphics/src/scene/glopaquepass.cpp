@@ -81,7 +81,7 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified || (content.leftOut && content.leftOut->contains(drawable))) continue;
         const drawableEffects_t* effects = content.effectsOf(drawable);
-        if (effects && effects->blur && content.blurApart) continue;
+        if (content.drawsBlurred(drawable, effects)) continue;
 
         glDrawer* drawer = &mRender;
         eRendermode mode = eRendermode::opaque;

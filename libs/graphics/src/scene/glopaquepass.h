@@ -11,7 +11,7 @@
 // A multi-colour drawable in a highlight drawer has its part colours mixed with the highlight.
 // A multilayer blank drawn through the render drawer is drawn with the multilayer program instead
 // of the standard one (highlighted or overridden, it shows the highlight or override). Blurred
-// drawables are left to the blur pass when there is one.
+// drawables are left to the blur pass when there is one (unless highlighted).
 #include "drawing/glhighlightdrawer.h"
 #include "drawing/gloverridecolordrawer.h"
 #include "drawing/glrenderdrawer.h"
@@ -45,6 +45,12 @@ struct frameContent_t {
         return found == effects.end() ? nullptr : &found->second;
     }
     bool highlightsSelection() const { return selectionStyle != eSelectionStyle::outline; }
+    /// Whether the drawable is left to the blur pass: blurred, with a blur pass, and not marked
+    /// by a highlight (a highlighted drawable is shown sharp, as the host's attention is on it).
+    bool drawsBlurred(const ox::refPtr<iDrawable>& drawable, const drawableEffects_t* drawableEffects) const {
+        return drawableEffects && drawableEffects->blur && blurApart &&
+               !(highlightsSelection() && selection.contains(drawable)) && !modifyEnabled.contains(drawable);
+    }
 };
 
 /// One drawable between a push and a pop of the model-view matrix, so a placement it multiplies

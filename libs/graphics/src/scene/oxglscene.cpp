@@ -401,7 +401,7 @@ void glScene::drawEffects(const frameContent_t& content, const framePrograms_t& 
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified) continue;
         const drawableEffects_t* effects = content.effectsOf(drawable);
-        if (effects && effects->blur) blurred.push_back(drawable);
+        if (content.drawsBlurred(drawable, effects)) blurred.push_back(drawable);
         const bool selectedOutline =
             content.selectionStyle != eSelectionStyle::highlight && content.selection.contains(drawable);
         if (selectedOutline || (effects && effects->outline)) outlined.push_back(drawable);
