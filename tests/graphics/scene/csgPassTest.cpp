@@ -204,7 +204,8 @@ TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
         shaderProgram* standard = library ? library->program("standardLightingShaderProgram").get() : nullptr;
         if (standard) standard->activate();
         const auto before = passState();
-        openGL::glCsgPass(render, selection, modify).draw(participants, content, standard, kOutsideBlank);
+        openGL::glOverrideColorDrawer overrideColor(nullptr);
+        openGL::glCsgPass({render, selection, modify, overrideColor}).draw(participants, content, standard, kOutsideBlank);
         EXPECT_EQ(passState(), before) << shaders;
         EXPECT_NE(oxtest::readPixel(80, 60), cleared) << "the pass drew nothing";
         glUseProgram(0);

@@ -90,12 +90,10 @@ glCsgPass::participants_t glCsgPass::collect(const std::vector<ox::refPtr<iDrawa
 void glCsgPass::drawSolids(const participants_t& participants, const frameContent_t& content,
                            shaderProgram* standard) {
     for (const auto& [drawable, solid] : participants.solids) {
-        const bool selected = content.selection.contains(drawable);
-        glDrawer& drawer = selected                                 ? static_cast<glDrawer&>(mSelection)
-                           : content.modifyEnabled.contains(drawable) ? static_cast<glDrawer&>(mModifyEnabled)
-                                                                      : static_cast<glDrawer&>(mRender);
+        const auto [drawer, mode, highlight] = mDrawers.choose(content, drawable, content.effectsOf(drawable));
+        const bool selected = mode == eRendermode::selected;
         if (selected && standard) standard->setUniformInt("u_isSelected", 1);
-        drawOne(drawer, drawable, [&, s = solid] { s->drawCsgSolid(&drawer); });
+        drawOne(*drawer, drawable, [&, s = solid, d = drawer] { s->drawCsgSolid(d); });
         if (selected && standard) standard->setUniformInt("u_isSelected", 0);
     }
 }
@@ -104,15 +102,10 @@ void glCsgPass::drawOthers(const participants_t& participants, const frameConten
                            shaderProgram* standard) {
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified || participants.members.contains(drawable)) continue;
-        if (content.selection.contains(drawable)) {
-            if (standard) standard->setUniformInt("u_isSelected", 1);
-            drawDrawable(mSelection, drawable, eRendermode::selected, standard);
-            if (standard) standard->setUniformInt("u_isSelected", 0);
-        } else if (content.modifyEnabled.contains(drawable)) {
-            drawDrawable(mModifyEnabled, drawable, eRendermode::modifyEnabled, standard);
-        } else {
-            drawDrawable(mRender, drawable, eRendermode::opaque, standard);
-        }
+        const drawableEffects_t* effects = content.effectsOf(drawable);
+        if (content.drawsBlurred(drawable, effects)) continue;  // they keep out of the frame's depth
+        const auto [drawer, mode, highlight] = mDrawers.choose(content, drawable, effects);
+        drawDrawable(*drawer, drawable, mode, standard);
     }
 }
 
@@ -135,7 +128,7 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
             cutProgram = library->program("csgCutFaceShaderProgram").get();
     // Colours are irrelevant while colour writes are off, but whatever a volume sets, its cut
     // faces take the outside-blank colour (the fixed-function material).
-    glHighlightDrawer volumeDrawer(mRender.host(), outsideBlank);
+    glHighlightDrawer volumeDrawer(mDrawers.render.host(), outsideBlank);
 
     const glStencilScope stencilState;
     const glCapabilityScope stencilTest(GL_STENCIL_TEST, true);

@@ -105,8 +105,8 @@ public:
     static participants_t collect(const std::vector<ox::refPtr<iDrawable>>& drawables,
                                   const ox::refPtr<iDrawable>& modified);
 
-    glCsgPass(glRenderDrawer& render, glHighlightDrawer& selection, glHighlightDrawer& modifyEnabled)
-        : mRender(render), mSelection(selection), mModifyEnabled(modifyEnabled) {}
+    /// Solids and the other drawables go through the drawer the opaque pass chooses for them.
+    explicit glCsgPass(const frameDrawers_t& drawers) : mDrawers(drawers) {}
 
     /// Runs the pass when `participants` is active. `standard` is the standard program, active on
     /// entry, or null (fixed function); `content` says which solids are selected or modify-enabled.
@@ -119,9 +119,7 @@ private:
     void drawOthers(const participants_t& participants, const frameContent_t& content, shaderProgram* standard);
     void drawVolumes(const participants_t& participants, glDrawer& drawer);
 
-    glRenderDrawer& mRender;
-    glHighlightDrawer& mSelection;
-    glHighlightDrawer& mModifyEnabled;
+    frameDrawers_t mDrawers;
 };
 
 } // namespace oxGraphics::openGL

@@ -68,6 +68,18 @@ void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects
     program->setUniformFloat("u_overrideWeight", 1.0f);
 }
 
+frameDrawers_t::choice_t frameDrawers_t::choose(const frameContent_t& content, const ox::refPtr<iDrawable>& drawable,
+                                                const drawableEffects_t* effects) const {
+    if (content.highlightsSelection() && content.selection.contains(drawable))
+        return {&selection, eRendermode::selected, &selection};
+    if (content.modifyEnabled.contains(drawable)) return {&modifyEnabled, eRendermode::modifyEnabled, &modifyEnabled};
+    if (effects && effects->overrideColors) {
+        overrideColor.setOverride(effects->overrideColor, effects->overrideTransparency);
+        return {&overrideColor, eRendermode::colorOverride, nullptr};
+    }
+    return {&render, eRendermode::opaque, nullptr};
+}
+
 void glOpaquePass::draw(const frameContent_t& content, const programs_t& programs, const oxGeo::matrix3d& worldToEye) {
     shaderProgram* program = programs.standard;
     if (program) {
@@ -83,21 +95,7 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
         const drawableEffects_t* effects = content.effectsOf(drawable);
         if (content.drawsBlurred(drawable, effects)) continue;
 
-        glDrawer* drawer = &mRender;
-        eRendermode mode = eRendermode::opaque;
-        glHighlightDrawer* highlight = nullptr;
-        if (content.highlightsSelection() && content.selection.contains(drawable)) {
-            highlight = &mSelection;
-            mode = eRendermode::selected;
-        } else if (content.modifyEnabled.contains(drawable)) {
-            highlight = &mModifyEnabled;
-            mode = eRendermode::modifyEnabled;
-        } else if (effects && effects->overrideColors) {
-            mOverride.setOverride(effects->overrideColor, effects->overrideTransparency);
-            drawer = &mOverride;
-            mode = eRendermode::colorOverride;
-        }
-        if (highlight) drawer = highlight;
+        const auto [drawer, mode, highlight] = mDrawers.choose(content, drawable, effects);
         const bool overrides = mode == eRendermode::colorOverride;
 
         std::optional<highlightMixScope> mix;

@@ -60,6 +60,23 @@ void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRend
 /// Sets the standard program's colour override for `effects` (null or no override: off).
 void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects);
 
+/// The drawers of a frame's opaque drawing, and which of them draws a drawable.
+struct frameDrawers_t {
+    glRenderDrawer& render;
+    glHighlightDrawer& selection;
+    glHighlightDrawer& modifyEnabled;
+    glOverrideColorDrawer& overrideColor;
+
+    struct choice_t {
+        glDrawer* drawer;
+        eRendermode mode;
+        glHighlightDrawer* highlight;  ///< the drawer again when it is a highlight, else null
+    };
+    /// The first match of the table above; choosing the override drawer sets its colour.
+    choice_t choose(const frameContent_t& content, const ox::refPtr<iDrawable>& drawable,
+                    const drawableEffects_t* effects) const;
+};
+
 class glOpaquePass {
 public:
     struct programs_t {
@@ -67,9 +84,7 @@ public:
         shaderProgram* multilayer = nullptr;  ///< "multilayerBlankShaderProgram"
     };
 
-    glOpaquePass(glRenderDrawer& render, glHighlightDrawer& selection, glHighlightDrawer& modifyEnabled,
-                 glOverrideColorDrawer& overrideColor)
-        : mRender(render), mSelection(selection), mModifyEnabled(modifyEnabled), mOverride(overrideColor) {}
+    explicit glOpaquePass(const frameDrawers_t& drawers) : mDrawers(drawers) {}
 
     /// `worldToEye` is the camera's transform (the multilayer program measures heights in world space).
     void draw(const frameContent_t& content, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
@@ -78,10 +93,7 @@ private:
     void drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode,
                         const drawableEffects_t& effects, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
 
-    glRenderDrawer& mRender;
-    glHighlightDrawer& mSelection;
-    glHighlightDrawer& mModifyEnabled;
-    glOverrideColorDrawer& mOverride;
+    frameDrawers_t mDrawers;
 };
 
 } // namespace oxGraphics::openGL

@@ -349,9 +349,9 @@ void glScene::draw() {
     const glCsgPass::participants_t cut = glCsgPass::collect(mDrawables, mModifiedDrawable);
     const frameContent_t content{
         mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, mEffects, style, blurApart, &cut.members};
-    glOpaquePass(render, selectionDrawer, modifyDrawer, overrideDrawer)
-        .draw(content, {program, programs.multilayer}, modelView());
-    glCsgPass(render, selectionDrawer, modifyDrawer).draw(cut, content, program, color(kColorOutsideBlank));
+    const frameDrawers_t drawers{render, selectionDrawer, modifyDrawer, overrideDrawer};
+    glOpaquePass(drawers).draw(content, {program, programs.multilayer}, modelView());
+    glCsgPass(drawers).draw(cut, content, program, color(kColorOutsideBlank));
 
     // 6. Transparent pass: what the render drawers held back.
     drawTransparent(render, overrideDrawer, content, programs);
