@@ -104,6 +104,8 @@ public:
     bool isSkipping() const { return mSkip; }
     /// Names pushed and not yet popped.
     std::uint64_t nameDepth() const { return mNameDepth; }
+    /// The caller has reset the name stack: the names this drawer pushed are gone.
+    void forgetNames() { mNameDepth = 0; }
     iDrawerHost* host() const { return mHost; }
 
 protected:

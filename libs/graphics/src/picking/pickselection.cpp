@@ -18,9 +18,10 @@ void selectAccelerated(iDrawerHost* host, const std::vector<ox::refPtr<iDrawable
         std::uint32_t name = 0;
         for (const auto& drawable : drawables) {
             ++name;
-            // The same sequence as the selection-mode loop: leftover names popped, then the load.
-            while (drawer.nameDepth() > 0) drawer.popName();
-            emulator.loadName(name);
+            // The same sequence as the selection-mode loop: a fresh stack with the drawable's name.
+            drawer.forgetNames();
+            emulator.initNames();
+            emulator.pushName(name);
             drawer.setCurrentDrawable(drawable);
             drawer.clearNeedsSelectionMode();
             drawer.pushMatrix();

@@ -49,9 +49,11 @@ bool selectWithGl(glScene& scene, const std::vector<ox::refPtr<iDrawable>>& draw
         for (const auto& drawable : drawables) {
             ++name;
             if (!draw.empty() && !draw[name - 1]) continue;
-            // Names a drawable left pushed would otherwise carry its hits over to the next one.
-            while (drawer.nameDepth() > 0) drawer.popName();
-            glLoadName(name);
+            // A fresh stack for every drawable: names one left pushed, through the drawer or in a
+            // recording it replayed, would otherwise carry its hits over to the next one.
+            drawer.forgetNames();
+            glInitNames();
+            glPushName(name);
             drawer.setCurrentDrawable(drawable);
             drawer.pushMatrix();
             try {
@@ -91,8 +93,10 @@ void glScene::pickSelectRect(unsigned int x1, unsigned int y1, unsigned int x2, 
     if (y2 < y1) std::swap(y1, y2);
     const unsigned int w = std::max(x2 - x1, 1u), h = std::max(y2 - y1, 1u);
 
-    GLint viewport[4];
-    glGetIntegerv(GL_VIEWPORT, viewport);
+    // The scene's own viewport, whatever another scene or the host left set; a view without
+    // pixels shows nothing to pick.
+    if (mViewportWidth <= 0 || mViewportHeight <= 0) return;
+    GLint viewport[4] = {0, 0, mViewportWidth, mViewportHeight};
     // The caller's matrices are kept; the selection uses this view's projection and camera.
     GLdouble projection[16];
     glMatrixMode(GL_PROJECTION);
