@@ -197,7 +197,10 @@ TEST_F(pickingTest, rubberBandsSelectInEachModeAndFiltersByType) {
     std::set<const oxGraphics::iDrawable*> everything;
     for (const auto& hit : view->pickSelectInRect(0, 0, 100, 100)) everything.insert(hit.drawable.get());
     EXPECT_EQ(everything.size(), 6u); // the handle is hit
+    ox::refPtr<oxGraphics::iDrawable> stranger(new oxtest::testSquare({0, 0, 0}, 1, {1, 2, 3}));
+    view->addToSelection(stranger);  // never added to the scene
     EXPECT_EQ(view->selectMultiple(0, 0, 100, 100, eSelectMode::replace).size(), 5u);
+    EXPECT_FALSE(view->isSelected(stranger)) << "a replace leaves exactly the band selected";
     control->detachFromScene();
 
     // The first hit above the top-right mesh is the cap, unless only meshes count.

@@ -141,6 +141,8 @@ public:
     /// Whether rectangle selections answer from the CPU captures (true) or always use selection mode.
     virtual void setPickAccelerated(bool accelerated) = 0;                                        // 85
     virtual bool isPickAccelerated() const = 0;                                                   // 86
+    /// Every selected drawable, in the scene or not.
+    virtual std::vector<ox::refPtr<iDrawable>> selectedDrawables() const = 0;                     // 87
 };
 
 } // namespace oxGraphics

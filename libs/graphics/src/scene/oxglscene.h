@@ -143,6 +143,9 @@ public:
     void setPreferredPickTypes(const std::vector<std::string>& typeNames) override;
     void setSelected(const ox::refPtr<iDrawable>& drawable, bool selected) override;
     bool isSelected(const ox::refPtr<iDrawable>& drawable) const override;
+    std::vector<ox::refPtr<iDrawable>> selectedDrawables() const override {
+        return {mSelection.begin(), mSelection.end()};
+    }
     void clearSelection() override;
     void regenerate() override;
     void setModifyEnabled(const ox::refPtr<iDrawable>& drawable, bool enabled) override;

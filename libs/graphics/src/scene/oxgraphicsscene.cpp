@@ -365,9 +365,8 @@ std::vector<ox::refPtr<iDrawable>> scene::selectMultiple(unsigned int x1, unsign
     std::erase_if(inRectangle, [](const ox::refPtr<iDrawable>& drawable) {
         return dynamic_cast<const moveRotationControlEntity*>(drawable.get()) != nullptr;
     });
-    std::vector<ox::refPtr<iDrawable>> selectedNow;
-    for (const auto& drawable : mImplementation->drawables())
-        if (mImplementation->isSelected(drawable)) selectedNow.push_back(drawable);
+    // Everything selected, also what is not (or no longer) in the scene: a replace leaves only the band.
+    const std::vector<ox::refPtr<iDrawable>> selectedNow = mImplementation->selectedDrawables();
     const auto changes = pickQueries::selectionChanges(mode, inRectangle, selectedNow);
     for (const auto& change : changes) mImplementation->setSelected(change.drawable, change.selected);
     if (!changes.empty()) fireSceneChanged();
