@@ -70,7 +70,8 @@ public:
     virtual bool drawCsgSolid(iDrawer* drawer) = 0;
 };
 
-/// A volume that is cut out of the solids it intersects.
+/// A volume that is cut out of the solids it intersects. Up to 63 volumes may overlap at one
+/// pixel: the stencil counts them modulo 64, so 64 coinciding volumes count as none there.
 class OX_GRAPHICS_API iCsgVolume : public virtual ox::iRefObj {
 public:
     /// Emits the closed boundary of the volume.
