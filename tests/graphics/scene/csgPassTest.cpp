@@ -205,7 +205,7 @@ TEST_F(csgPassTest, passRestoresTheFrameStateAndVolumesAloneCostNothing) {
         if (standard) standard->activate();
         const auto before = passState();
         openGL::glOverrideColorDrawer overrideColor(nullptr);
-        openGL::glCsgPass({render, selection, modify, overrideColor}).draw(participants, content, standard, kOutsideBlank);
+        openGL::glCsgPass({render, selection, modify, overrideColor}).draw(participants, content, {standard, nullptr}, {}, kOutsideBlank);
         EXPECT_EQ(passState(), before) << shaders;
         EXPECT_NE(oxtest::readPixel(80, 60), cleared) << "the pass drew nothing";
         glUseProgram(0);
@@ -256,6 +256,14 @@ TEST_F(csgPassTest, aToolInACutShowsBrokenPartsAreSurvivedAndSelectedSolidsAreHi
     for (const pickHit_t& hit : view->pickSelectRect(static_cast<unsigned>(hole.x()), static_cast<unsigned>(hole.y()),
                                                      static_cast<unsigned>(hole.x()) + 2, static_cast<unsigned>(hole.y()) + 2))
         EXPECT_FALSE(dynamic_cast<iCsgVolume*>(hit.drawable.get())) << "a volume was picked";
+
+    drawableEffects_t layered;  // a blank with cuts still shows its layers
+    layered.multilayer = true;
+    layered.blank.layers = {{-10.0, 10.0, {255, 0, 255}}};
+    view->setDrawableEffects(gAdded.front(), layered);
+    const oxtest::rgba8 magenta = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));
+    EXPECT_TRUE(magenta[0] > magenta[1] + 60 && magenta[2] > magenta[1] + 60) << "the blank's layer colour";
+    view->setDrawableEffects(gAdded.front(), {});
 
     view->addToSelection(gAdded.front());
     const oxtest::rgba8 selected = pixelAt(oxtest::frameImage(*view), view->worldToWinCoordinates(stockTop));

@@ -88,13 +88,21 @@ glCsgPass::participants_t glCsgPass::collect(const std::vector<ox::refPtr<iDrawa
 }
 
 void glCsgPass::drawSolids(const participants_t& participants, const frameContent_t& content,
-                           shaderProgram* standard) {
+                           shaderProgram* standard, const glOpaquePass::programs_t* look,
+                           const oxGeo::matrix3d* worldToEye) {
     for (const auto& [drawable, solid] : participants.solids) {
-        const auto [drawer, mode, highlight] = mDrawers.choose(content, drawable, content.effectsOf(drawable));
+        const drawableEffects_t* effects = content.effectsOf(drawable);
+        const auto [drawer, mode, highlight] = mDrawers.choose(content, drawable, effects);
         const bool selected = mode == eRendermode::selected;
+        const bool layered = look && look->multilayer && effects && effects->multilayer && mode == eRendermode::opaque;
+        const bool overrides = look && mode == eRendermode::colorOverride;
+        if (layered) activateMultilayer(*look->multilayer, effects->blank, *worldToEye);
         if (selected && standard) standard->setUniformInt("u_isSelected", 1);
+        if (overrides) applyColorOverride(standard, effects);
         drawOne(*drawer, drawable, [&, s = solid, d = drawer] { s->drawCsgSolid(d); });
+        if (overrides) applyColorOverride(standard, nullptr);
         if (selected && standard) standard->setUniformInt("u_isSelected", 0);
+        if (layered && standard) standard->activate();
     }
 }
 
@@ -114,12 +122,14 @@ void glCsgPass::drawVolumes(const participants_t& participants, glDrawer& drawer
         drawOne(drawer, drawable, [&, v = volume] { v->drawCsgVolume(&drawer); });
 }
 
-void glCsgPass::draw(const participants_t& participants, const frameContent_t& content, shaderProgram* standard,
+void glCsgPass::draw(const participants_t& participants, const frameContent_t& content,
+                     const glOpaquePass::programs_t& programs, const oxGeo::matrix3d& worldToEye,
                      const ox::rgbColor& outsideBlank) {
     if (!participants.active()) return;
+    shaderProgram* standard = programs.standard;
     if (glstate::readInteger(GL_STENCIL_BITS) < 8) {
         OX_LOG_DEBUG(kLogger, L"the frame buffer has fewer than 8 stencil bits; solids are drawn without their cuts");
-        drawSolids(participants, content, standard);
+        drawSolids(participants, content, standard, &programs, &worldToEye);
         return;
     }
     shaderProgram* cutProgram = nullptr;
@@ -238,7 +248,7 @@ void glCsgPass::draw(const participants_t& participants, const frameContent_t& c
     glStencilOp(GL_KEEP, GL_KEEP, GL_INCR);
     glStencilMask(kCountBits);
     glEnable(GL_POLYGON_OFFSET_FILL);
-    drawSolids(participants, content, standard);
+    drawSolids(participants, content, standard, &programs, &worldToEye);
 }
 
 } // namespace oxGraphics::openGL

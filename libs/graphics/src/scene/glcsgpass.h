@@ -108,13 +108,18 @@ public:
     /// Solids and the other drawables go through the drawer the opaque pass chooses for them.
     explicit glCsgPass(const frameDrawers_t& drawers) : mDrawers(drawers) {}
 
-    /// Runs the pass when `participants` is active. `standard` is the standard program, active on
-    /// entry, or null (fixed function); `content` says which solids are selected or modify-enabled.
-    void draw(const participants_t& participants, const frameContent_t& content, shaderProgram* standard,
-              const ox::rgbColor& outsideBlank);
+    /// Runs the pass when `participants` is active. `programs.standard` is the standard program,
+    /// active on entry, or null (fixed function); a solid that is a multilayer blank is shown
+    /// with `programs.multilayer` (layers measured through the camera's `worldToEye`) and an
+    /// overriding colour as in the opaque pass; `content` says which solids are marked how.
+    void draw(const participants_t& participants, const frameContent_t& content, const glOpaquePass::programs_t& programs,
+              const oxGeo::matrix3d& worldToEye, const ox::rgbColor& outsideBlank);
 
 private:
-    void drawSolids(const participants_t& participants, const frameContent_t& content, shaderProgram* standard);
+    /// The solids through their drawers; with `look`, as they show (blank layers, overriding
+    /// colours), else only for their depth.
+    void drawSolids(const participants_t& participants, const frameContent_t& content, shaderProgram* standard,
+                    const glOpaquePass::programs_t* look = nullptr, const oxGeo::matrix3d* worldToEye = nullptr);
     /// The drawables of the opaque pass, as it drew them.
     void drawOthers(const participants_t& participants, const frameContent_t& content, shaderProgram* standard);
     void drawVolumes(const participants_t& participants, glDrawer& drawer);

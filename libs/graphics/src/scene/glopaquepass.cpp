@@ -102,7 +102,9 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
         if (highlight) mix.emplace(*highlight, drawable);
         // Layers show a blank as it is; a highlight or an overriding colour says more.
         if (effects && effects->multilayer && programs.multilayer && mode == eRendermode::opaque) {
-            drawMultilayer(*drawer, drawable, mode, *effects, programs, worldToEye);
+            activateMultilayer(*programs.multilayer, effects->blank, worldToEye);
+            drawDrawable(*drawer, drawable, mode, programs.multilayer);
+            if (program) program->activate();
             continue;
         }
         if (program && mode == eRendermode::selected) program->setUniformInt("u_isSelected", 1);
@@ -113,11 +115,7 @@ void glOpaquePass::draw(const frameContent_t& content, const programs_t& program
     }
 }
 
-void glOpaquePass::drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode,
-                                  const drawableEffects_t& effects, const programs_t& programs,
-                                  const oxGeo::matrix3d& worldToEye) {
-    shaderProgram& blank = *programs.multilayer;
-    const multilayerBlank_t& layers = effects.blank;
+void activateMultilayer(shaderProgram& program, const multilayerBlank_t& layers, const oxGeo::matrix3d& worldToEye) {
     oxGeo::matrix3d eyeToWorld;
     if (!worldToEye.inverse(eyeToWorld)) eyeToWorld = oxGeo::matrix3d();
     oxGeo::vector3d axis = layers.axis;
@@ -132,17 +130,16 @@ void glOpaquePass::drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>&
         descriptions[static_cast<std::size_t>(4 * i + 1)] = static_cast<float>(layer.to);
         descriptions[static_cast<std::size_t>(4 * i + 2)] = packedColor(layer.color);
     }
-    blank.activate();
-    blank.setUniformMat4("u_eyeToWorld", columnMajor(eyeToWorld).data());
-    blank.setUniformMat4("u_worldToEye", columnMajor(worldToEye).data());
-    blank.setUniformFloat3("u_layerAxis", static_cast<float>(axis.x()), static_cast<float>(axis.y()),
-                           static_cast<float>(axis.z()));
-    blank.setUniformInt("u_numLayerDescriptions", count);
-    if (count > 0) blank.setUniformVec4Array("u_layerDescriptions", count, descriptions.data());
-    blank.setUniformFloat3("u_packedTopBtmColorAndEnable", packedColor(layers.top), packedColor(layers.bottom),
-                           layers.colorTopAndBottom ? 1.0f : 0.0f);
-    drawDrawable(drawer, drawable, mode, &blank);
-    if (programs.standard) programs.standard->activate();
+    program.activate();
+    program.setUniformMat4("u_eyeToWorld", columnMajor(eyeToWorld).data());
+    program.setUniformMat4("u_worldToEye", columnMajor(worldToEye).data());
+    program.setUniformFloat3("u_layerAxis", static_cast<float>(axis.x()), static_cast<float>(axis.y()),
+                             static_cast<float>(axis.z()));
+    program.setUniformInt("u_numLayerDescriptions", count);
+    if (count > 0) program.setUniformVec4Array("u_layerDescriptions", count, descriptions.data());
+    program.setUniformFloat3("u_packedTopBtmColorAndEnable", packedColor(layers.top), packedColor(layers.bottom),
+                             layers.colorTopAndBottom ? 1.0f : 0.0f);
+    program.setUniformFloat("u_overrideWeight", 0.0f);
 }
 
 } // namespace oxGraphics::openGL

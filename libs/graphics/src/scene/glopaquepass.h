@@ -60,6 +60,10 @@ void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRend
 /// Sets the standard program's colour override for `effects` (null or no override: off).
 void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects);
 
+/// Activates the multilayer program with the layers of `blank`; `worldToEye` is the camera's
+/// transform (the layers are measured in world space).
+void activateMultilayer(shaderProgram& program, const multilayerBlank_t& blank, const oxGeo::matrix3d& worldToEye);
+
 /// The drawers of a frame's opaque drawing, and which of them draws a drawable.
 struct frameDrawers_t {
     glRenderDrawer& render;
@@ -90,9 +94,6 @@ public:
     void draw(const frameContent_t& content, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
 
 private:
-    void drawMultilayer(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode,
-                        const drawableEffects_t& effects, const programs_t& programs, const oxGeo::matrix3d& worldToEye);
-
     frameDrawers_t mDrawers;
 };
 

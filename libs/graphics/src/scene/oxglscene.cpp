@@ -350,8 +350,9 @@ void glScene::draw() {
     const frameContent_t content{
         mDrawables, mSelection, mModifyEnabled, mModifiedDrawable, mEffects, style, blurApart, &cut.members};
     const frameDrawers_t drawers{render, selectionDrawer, modifyDrawer, overrideDrawer};
-    glOpaquePass(drawers).draw(content, {program, programs.multilayer}, modelView());
-    glCsgPass(drawers).draw(cut, content, program, color(kColorOutsideBlank));
+    const glOpaquePass::programs_t opaquePrograms{program, programs.multilayer};
+    glOpaquePass(drawers).draw(content, opaquePrograms, modelView());
+    glCsgPass(drawers).draw(cut, content, opaquePrograms, modelView(), color(kColorOutsideBlank));
 
     // 6. Transparent pass: what the render drawers held back.
     drawTransparent(render, overrideDrawer, content, programs);
