@@ -309,3 +309,28 @@ TEST_F(effectsTest, aHighlightOrAnOverrideShowsInsteadOfTheBlanksLayers) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(effectsTest, blurredDrawablesStayBehindNearerOnesAndUnderTheMaskAtEverySampleCount) {
+    for (const int samples : {0, 4}) {
+        SCOPED_TRACE(std::to_string(samples) + " samples");
+        auto view = oxtest::makeScene(64, 64, samples);
+        view->setColor({20, 30, 40}, kColorBackgroundTop | kColorBackgroundBottom);
+        ox::refPtr<iDrawable> near(new oxtest::testSquare({0, 0, 1}, 4, {255, 0, 0}));
+        ox::refPtr<iDrawable> far(new oxtest::testSquare({0, 0, -1}, 8, {0, 0, 255}));
+        view->add(near);
+        view->add(far);
+        drawableEffects_t soft;
+        soft.blur = true;
+        view->setDrawableEffects(far, soft);
+        const oxtest::rgbaImage image = oxtest::frameImage(*view);
+        EXPECT_GT(image.at(32, 32)[0], image.at(32, 32)[2] + 100) << "the sharp square in front";
+        view->setMaskDrawables({ox::refPtr<iDrawable>(new oxtest::testSquare({0, 0, 2}, 10, {0, 0, 0}))});
+        const oxtest::rgbaImage masked = oxtest::frameImage(*view);
+        EXPECT_LT(std::abs(masked.at(32, 32)[2] - 40), 8) << "the background where the mask hides the frame";
+        EXPECT_LT(std::abs(masked.at(8, 32)[2] - 40), 8) << "the background where the mask hides the frame";
+    }
+}
+
+} // namespace

@@ -16,6 +16,9 @@ void glBlurPass::drawBlurred(const std::vector<ox::refPtr<iDrawable>>& drawables
                              const programs_t& programs, iDrawerHost* host, int width, int height) {
     if (drawables.empty() || !programs.standard || !programs.blur || !bringTargets(width, height)) return;
     const GLuint frame = glstate::readName(GL_DRAW_FRAMEBUFFER_BINDING);
+    // A window's depth can be copied when it has depth and stencil and no samples of its own.
+    const bool windowDepth = frame == 0 && glstate::readInteger(GL_SAMPLE_BUFFERS) == 0 &&
+                             glstate::readInteger(GL_DEPTH_BITS) > 0 && glstate::readInteger(GL_STENCIL_BITS) > 0;
     {
         const glFramebufferBindingScope bindings(GL_DRAW_FRAMEBUFFER, mLayer.framebuffer());
         const glViewportScope viewport(0, 0, width, height);
@@ -24,9 +27,13 @@ void glBlurPass::drawBlurred(const std::vector<ox::refPtr<iDrawable>>& drawables
         glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
         glClearDepth(1.0);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glBindFramebuffer(GL_READ_FRAMEBUFFER, frame);
         if (frame != 0) {
-            glBindFramebuffer(GL_READ_FRAMEBUFFER, frame);
             glBlitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_DEPTH_BUFFER_BIT, GL_NEAREST);
+        } else if (windowDepth) {
+            // A blit would need the window's exact depth format; a copy into a texture converts.
+            const glTextureBindingScope depth(GL_TEXTURE0, GL_TEXTURE_2D, mLayer.depthTexture());
+            glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, width, height);
         }
         programs.standard->activate();
         programs.standard->setUniformFloat("u_overrideWeight", 0.0f);

@@ -5,8 +5,9 @@
 // Blurred drawables are drawn apart, into a layer ("blurLayerFbo") that starts transparent and
 // holds a copy of the frame's depth, so nearer sharp drawables still hide them; the blurred
 // layer is then laid over the frame (premultiplied alpha), its edges soft. They write no depth
-// into the frame. A frame drawn straight into a window has no depth to copy: there the blurred
-// drawables lie over the whole frame. Runs on the shader path only.
+// into the frame. A frame drawn straight into a window gets its depth copied too; only a window
+// without depth and stencil, or with samples of its own, leaves the blurred drawables over the
+// whole frame. Runs on the shader path only.
 #include "gleffecttarget.h"
 
 #include "drawing/glrenderdrawer.h"

@@ -1,6 +1,7 @@
 #pragma once
 // One single-sampled offscreen target of the effect passes: a colour texture (one texel per
-// pixel of the viewport) in a framebuffer, with a depth-stencil renderbuffer when asked for.
+// pixel of the viewport) in a framebuffer, with a depth-stencil texture when asked for (a texture
+// rather than a renderbuffer, so a window's depth can be copied into it whatever its format).
 // Storage is made on first use and remade only when the size changes, so a scene that never uses
 // an effect never pays for its target. Each object carries a label for GL debuggers.
 #include "glstate/globjectname.h"
@@ -21,6 +22,7 @@ public:
     bool bringTo(int width, int height);
     GLuint framebuffer() const { return mFramebuffer.get(); }
     GLuint texture() const { return mTexture.get(); }
+    GLuint depthTexture() const { return mDepth.get(); }
     int width() const { return mWidth; }
     int height() const { return mHeight; }
     /// Deletes the names; the owning context must be current.
@@ -36,7 +38,7 @@ private:
     int mHeight = 0;
     bool mComplete = false;
     glTextureName mTexture;
-    glRenderbufferName mDepth;
+    glTextureName mDepth;
     glFramebufferName mFramebuffer;
 };
 
