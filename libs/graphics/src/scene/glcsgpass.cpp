@@ -16,19 +16,6 @@ constexpr GLuint kCountBits = 0x3F;   // surfaces behind a depth, modulo 64
 constexpr GLuint kSolidBit = 0x40;    // the nearest surface is a solid's
 constexpr GLuint kFarSideBit = 0x80;  // a volume's far side lies behind it
 
-// One solid or volume between a push and a pop of the model-view matrix; one that throws is
-// logged and skipped, the pass goes on.
-template <class emit> void drawOne(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, const emit& emitter) {
-    drawer.setCurrentDrawable(drawable);
-    drawer.pushMatrix();
-    try {
-        emitter();
-    } catch (...) {
-        OX_LOG_DEBUG(kLogger, L"a solid or volume threw while drawing; it was skipped");
-    }
-    drawer.popMatrix();
-}
-
 // Where the depth test fails, front faces take one off the counter and back faces add one: the
 // count step and the solid count behind a volume's far side.
 void countBehindDepth() {
@@ -99,7 +86,7 @@ void glCsgPass::drawSolids(const participants_t& participants, const frameConten
         if (layered) activateMultilayer(*look->multilayer, effects->blank, *worldToEye);
         if (selected && standard) standard->setUniformInt("u_isSelected", 1);
         if (overrides) applyColorOverride(standard, effects);
-        drawOne(*drawer, drawable, [&, s = solid, d = drawer] { s->drawCsgSolid(d); });
+        drawGuarded(*drawer, drawable, [&, s = solid, d = drawer] { s->drawCsgSolid(d); });
         if (overrides) applyColorOverride(standard, nullptr);
         if (selected && standard) standard->setUniformInt("u_isSelected", 0);
         if (layered && standard) standard->activate();
@@ -119,7 +106,7 @@ void glCsgPass::drawOthers(const participants_t& participants, const frameConten
 
 void glCsgPass::drawVolumes(const participants_t& participants, glDrawer& drawer) {
     for (const auto& [drawable, volume] : participants.volumes)
-        drawOne(drawer, drawable, [&, v = volume] { v->drawCsgVolume(&drawer); });
+        drawGuarded(drawer, drawable, [&, v = volume] { v->drawCsgVolume(&drawer); });
 }
 
 void glCsgPass::draw(const participants_t& participants, const frameContent_t& content,

@@ -45,15 +45,12 @@ private:
 
 } // namespace
 
+void logSkippedDrawable() {
+    OX_LOG_DEBUG("oxGraphics::openGL::glScene::draw", L"a drawable threw while drawing; it was skipped");
+}
+
 void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode, shaderProgram* program) {
-    drawer.setCurrentDrawable(drawable);
-    drawer.pushMatrix();
-    try {
-        drawable->draw(&drawer, mode, program);
-    } catch (...) {
-        OX_LOG_DEBUG("oxGraphics::openGL::glScene::draw", L"a drawable threw while drawing; it was skipped");
-    }
-    drawer.popMatrix();
+    drawGuarded(drawer, drawable, [&] { drawable->draw(&drawer, mode, program); });
 }
 
 void applyColorOverride(shaderProgram* program, const drawableEffects_t* effects) {

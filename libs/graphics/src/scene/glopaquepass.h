@@ -53,8 +53,24 @@ struct frameContent_t {
     }
 };
 
-/// One drawable between a push and a pop of the model-view matrix, so a placement it multiplies
-/// on stays its own. A drawable that throws is logged and skipped; the frame goes on.
+/// Logs that a drawable threw while drawing and was skipped.
+void logSkippedDrawable();
+
+/// What `emit` draws of `drawable` through `drawer`, between a push and a pop of the model-view
+/// matrix, so a placement it multiplies on stays its own. A drawable that throws is logged and
+/// skipped; the frame goes on.
+template <class emitter> void drawGuarded(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, const emitter& emit) {
+    drawer.setCurrentDrawable(drawable);
+    drawer.pushMatrix();
+    try {
+        emit();
+    } catch (...) {
+        logSkippedDrawable();
+    }
+    drawer.popMatrix();
+}
+
+/// iDrawable::draw guarded as above.
 void drawDrawable(glDrawer& drawer, const ox::refPtr<iDrawable>& drawable, eRendermode mode, shaderProgram* program);
 
 /// Sets the standard program's colour override for `effects` (null or no override: off).

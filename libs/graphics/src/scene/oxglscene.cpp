@@ -366,9 +366,14 @@ void glScene::draw() {
 
 void glScene::drawTransparent(glRenderDrawer& render, glOverrideColorDrawer& overrideDrawer,
                               const frameContent_t& content, const framePrograms_t& programs) {
-    glRenderDrawer::deferredSet deferred = render.deferredDrawables();
+    // Both drawers' held-back drawables; a copy only when there are overridden ones.
     const glRenderDrawer::deferredSet& overridden = overrideDrawer.deferredDrawables();
-    deferred.insert(overridden.begin(), overridden.end());
+    glRenderDrawer::deferredSet merged;
+    if (!overridden.empty()) {
+        merged = render.deferredDrawables();
+        merged.insert(overridden.begin(), overridden.end());
+    }
+    const glRenderDrawer::deferredSet& deferred = overridden.empty() ? render.deferredDrawables() : merged;
     const auto activeProgram = [&]() -> shaderProgram* {
         const GLuint current = glstate::readName(GL_CURRENT_PROGRAM);
         for (shaderProgram* candidate : {programs.standard, programs.standardBlended})
@@ -398,6 +403,8 @@ void glScene::drawTransparent(glRenderDrawer& render, glOverrideColorDrawer& ove
 
 void glScene::drawEffects(const frameContent_t& content, const framePrograms_t& programs) {
     if (!programs.standard) return;  // the effects need shaders; the frame above is what shows
+    if (content.effects.empty() && content.selectionStyle == eSelectionStyle::highlight && !mSceneEffects.blurFrame)
+        return;  // nothing asked for: no walk over the drawables
     std::vector<ox::refPtr<iDrawable>> blurred, outlined;
     for (const auto& drawable : content.drawables) {
         if (drawable == content.modified) continue;
